@@ -1,0 +1,23 @@
+#pragma once
+
+#include <exception>
+
+namespace Merrow {
+
+// What the protocol layer and the reply objects throw, always as a pointer to a heap object that nobody deletes. The
+// message is neither copied nor owned.
+class CommandException : public std::exception
+{
+public:
+    explicit CommandException(const char* message) : message_(message) {}
+
+    const char* what() const noexcept override { return message_; }
+
+private:
+    const char* message_;
+};
+
+// The one place where such an exception is made.
+[[noreturn]] void raise(const char* message);
+
+} // namespace Merrow

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "protocol/CommandInputStream.h"
+
+namespace Merrow {
+
+// Receives from the socket whose handle stands in a variable of somebody else's, as CommandOutputSocket sends.
+class CommandInputSocket final : public CommandInputStream
+{
+public:
+    explicit CommandInputSocket(const std::int32_t& socket) : socket_(&socket) {}
+
+    std::int32_t receiveRaw(char* buffer, std::int32_t count) override;
+
+private:
+    const std::int32_t* socket_;
+};
+
+} // namespace Merrow
