@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/WideText.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+// Conversions between the texts of the caller (UTF-8 and UTF-16) and those of the library (UTF-8). None reports an
+// error: ill-formed input is replaced.
+namespace Text {
+
+// A caller's text; null counts as empty.
+inline std::string_view orEmpty(const char* text)
+{
+    return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+std::string wideToUtf8(WideView text);
+
+// The same for a caller's zero-terminated text; null counts as empty.
+std::string wideToUtf8(const WideChar* text);
+
+// Returns a zero-terminated text in task memory, which the receiver releases; null when it cannot be converted.
+WideChar* utf8ToTaskMemWide(const char* text);
+
+// Writes the converted text with its terminator, without a bound. Writes nothing when it cannot be converted.
+void utf8IntoWide(const char* text, WideChar* destination);
+
+// Copies a text with its terminator, without a bound, up to its first zero byte.
+void copyOut(const std::string& text, char* destination);
+
+// printf-style, without a bound. Returns the number of characters written, or -1.
+[[gnu::format(printf, 2, 3)]] std::int32_t formatText(char* buffer, const char* format, ...);
+
+} // namespace Text
