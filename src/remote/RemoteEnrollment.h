@@ -1,0 +1,42 @@
+#pragma once
+
+#include "remote/RemoteResponse.h"
+
+namespace Merrow {
+
+// The reply to 'EP': which enrollment form applies.
+class RemoteEnrollParamsResponse final : public RemoteResponse
+{
+public:
+    explicit RemoteEnrollParamsResponse(CommandInputStream& stream);
+
+    std::int32_t su = 0; // single sign-on user
+    std::int32_t ou = 0; // one-click user
+    std::int32_t qn = 0; // number of security questions
+    std::int32_t qe = 0; // whether these are editable
+    StringMap al;        // locales
+    StringMap sq;        // security questions
+
+    StringMap getSecondMap() const { return al; }
+    StringMap getThirdMap() const { return sq; }
+
+protected:
+    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+};
+
+// The reply to 'EU'.
+class RemoteEnrollUserResponse final : public RemoteResponse
+{
+public:
+    explicit RemoteEnrollUserResponse(CommandInputStream& stream);
+
+    StringMap ve; // the daemon's answers, by field
+    std::int32_t el = 0;
+
+    StringMap getFirstMap() const { return ve; }
+
+protected:
+    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+};
+
+} // namespace Merrow
