@@ -1,0 +1,69 @@
+#pragma once
+
+#include "TarnRemoteClient.h"
+#include "client/DaemonConnection.h"
+#include "client/OperationLog.h"
+#include "platform/Platform.h"
+#include "protocol/CommandException.h"
+#include "protocol/CommandInputSocket.h"
+#include "protocol/CommandOutputSocket.h"
+
+#include <memory>
+#include <new>
+#include <optional>
+
+// The frame that every export runs in: the log is reset, the export's body runs, whatever it throws becomes a line of
+// the log, the log is copied out, the result returned.
+namespace Client {
+
+// What the frames of the exports differ in.
+template <class Result>
+struct Frame
+{
+    Result initial;
+    std::optional<Result> onFailure = {}; // else a failed call returns the result as it stood
+    const char* failureLabel = "Unexpected exception occured. GetLastError() : ";
+    bool copiesLog = true;
+};
+
+// One running call, as its body sees it.
+template <class Result>
+struct Call
+{
+    Merrow::CommandInputSocket in{daemonSocket};
+    Merrow::CommandOutputSocket out{daemonSocket};
+    Result result;
+    bool copiesLog;
+};
+
+void logFailure(LogLabel label, std::uint32_t error) noexcept;
+void logFailure(const Merrow::CommandException& exception) noexcept;
+
+template <class Result, class Body>
+Result runCall(const Frame<Result>& frame, char* logBuffer, Body body) noexcept
+{
+    operationLog().clear();
+    Call<Result> call{.result = frame.initial, .copiesLog = frame.copiesLog};
+    try {
+        body(call);
+    } catch (const Merrow::CommandException& exception) {
+        // The library throws pointers to such objects: those, and all else, end below.
+        logFailure(exception);
+    } catch (...) {
+        logFailure(frame.failureLabel, Platform::lastError());
+        call.result = frame.onFailure.value_or(call.result);
+    }
+    if (call.copiesLog) {
+        Platform::copyOrEndProcess(logBuffer, TARN_LOG_SIZE, operationLog().c_str());
+    }
+    return call.result;
+}
+
+// Reads a whole reply. Returns null, with nothing read, when there is no memory for the object.
+template <class Reply>
+std::unique_ptr<Reply> readReply(Merrow::CommandInputStream& in)
+{
+    return std::unique_ptr<Reply>(new (std::nothrow) Reply(in));
+}
+
+} // namespace Client

@@ -1,0 +1,96 @@
+#include "client/CallFrame.h"
+#include "client/DecryptedItems.h"
+#include "client/RequestParameters.h"
+#include "remote/RemotePayload.h"
+#include "text/Conversion.h"
+#include "text/EnvelopeConfig.h"
+
+#include <cstring>
+
+using namespace Client;
+using Merrow::code;
+using Merrow::tag;
+
+static bool meansWrongCredentials(std::int32_t status)
+{
+    return status == 2 || status == 17 || status == 200;
+}
+
+std::int32_t DecryptEnvelope(const char* password, const char* envelope, const WideChar* configFile,
+                             const char* recipient, const char* sessionKey, char* configOut, std::uint8_t keepOpen,
+                             WideChar* kuOut, WideChar* fromOut, char* logBuffer)
+{
+    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+        log("Got socket: ", connectToDaemon());
+        log("Starting RemoteEnvelopeDecrypter...");
+        call.out.beginCommand(code("DE"));
+        const std::string_view passwordText = Text::orEmpty(password);
+        log(passwordText.empty() ? "Setting NULL password" : "Setting not NULL password");
+        sendText(call.out, tag("ky"), passwordText);
+        sendEnvelope(call.out, envelope);
+        sendConfigFile(call.out, configFile);
+        if (const std::string_view address = Text::orEmpty(recipient); !address.empty()) {
+            log("Setting recipient e-mail: ", address);
+            sendText(call.out, tag("to"), address);
+        }
+        if (const std::string_view key = Text::orEmpty(sessionKey); !key.empty()) {
+            log("Setting session key: ", key);
+            sendText(call.out, tag("sk"), key);
+        }
+        if (keepOpen != 0) {
+            call.out.writeBoolParam(tag("po"), true);
+        }
+        call.out.endCommand();
+
+        const auto payload = readReply<Merrow::RemotePayload>(call.in);
+        if (!payload) {
+            log("ERROR: Payload object is NULL");
+            return;
+        }
+        call.result = payload->statusCode;
+        log("Status code: ", payload->statusCode);
+        log("Status message: ", meansWrongCredentials(call.result) ? "User entered an incorrect username or password"
+                                                                   : payload->getStatusMessage());
+        if (call.result == 0) {
+            decryptedItems().replaceBy(*payload);
+            log("getEnvelopeConfig: ", Text::getEnvelopeConfig(payload->getEc(), true, configOut));
+            Text::utf8IntoWide(payload->ku.c_str(), kuOut);
+            Text::utf8IntoWide(payload->fm.c_str(), fromOut);
+        }
+    });
+}
+
+std::uint32_t GetNextDecryptedItemInfo(std::uint32_t* nameSize, std::uint32_t* contentTypeLength,
+                                       std::uint32_t* dataSize)
+{
+    const DecryptedItem* item = decryptedItems().next();
+    if (item == nullptr) {
+        *nameSize = 0;
+        *dataSize = 0;
+        return 0;
+    }
+    *nameSize = static_cast<std::uint32_t>(item->name.size());
+    *contentTypeLength = static_cast<std::uint32_t>(item->contentType.size());
+    *dataSize = static_cast<std::uint32_t>(item->data.size());
+    return 1;
+}
+
+std::uint32_t GetNextDecryptedItem(std::uint32_t* flags, std::uint32_t* type, std::uint8_t* nameBuffer,
+                                   char* contentTypeBuffer, std::uint8_t* dataBuffer)
+{
+    const DecryptedItem* item = decryptedItems().next();
+    if (item == nullptr) {
+        return 0;
+    }
+    *flags = item->flags;
+    *type = item->type;
+    if (!item->name.empty()) {
+        std::memcpy(nameBuffer, item->name.data(), item->name.size());
+    }
+    std::strcat(contentTypeBuffer, item->contentType.c_str());
+    if (!item->data.empty()) {
+        std::memcpy(dataBuffer, item->data.data(), item->data.size());
+    }
+    decryptedItems().advance();
+    return 1;
+}

@@ -1,0 +1,82 @@
+#include "client/CallFrame.h"
+#include "client/ClientVersion.h"
+#include "client/Login.h"
+#include "client/RequestParameters.h"
+#include "remote/RemoteEnvelope.h"
+#include "text/Conversion.h"
+#include "text/EnvelopeConfig.h"
+#include "text/Lists.h"
+
+using namespace Client;
+using Merrow::code;
+using Merrow::tag;
+
+static void sendRecipients(Merrow::CommandOutputStream& out, Merrow::Tag parameter, const char* list, const char* label)
+{
+    for (const std::string& recipient : Text::splitAny(Text::orEmpty(list), ";")) {
+        log(label, recipient);
+        sendText(out, parameter, recipient);
+    }
+}
+
+std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const char* bccList, const char* from,
+                                   const char* password, const char* mimeMessage, const WideChar* configFile,
+                                   WideChar* envelopeOut, WideChar* tbOut, WideChar* thOut, WideChar* anOut,
+                                   const char* encodedEnvelopeConfig, const char* loginFlag, char* logBuffer)
+{
+    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+        log("Got socket: ", connectToDaemon());
+        const std::string_view encodedConfig = Text::orEmpty(encodedEnvelopeConfig);
+        Text::ConfigMap config = Text::decodeConfigMap(encodedConfig);
+
+        const Merrow::RemoteLoginSession* session = nullptr;
+        if (encodedConfig.empty() && Text::orEmpty(loginFlag) != "0") {
+            session = &exchangeLogin(call.out, call.in, from, password, configFile);
+            call.result = session->statusCode;
+            log("Authentication status: ", session->statusCode);
+            log("Authentication message: \n", session->getStatusMessage());
+            if (call.result != 0) {
+                call.copiesLog = false;
+                return;
+            }
+        }
+
+        log("Starting builder");
+        call.out.beginCommand(code("BE"));
+        log("Setting client type to: ", clientVersion());
+        sendClientVersion(call.out);
+        if (session != nullptr) {
+            log("Setting login session.");
+            call.out.writeStringMapParam(tag("sl"), session->getSessionMap());
+        }
+        log("Setting From field: ", from);
+        sendText(call.out, tag("fm"), Text::orEmpty(from));
+        sendRecipients(call.out, tag("to"), toList, "Setting To recipient: ");
+        sendRecipients(call.out, tag("cc"), ccList, "Setting CC recipient: ");
+        sendRecipients(call.out, tag("bc"), bccList, "Setting BCC recipient: ");
+        if (!encodedConfig.empty()) {
+            call.out.writeStringMapParam(tag("ec"), std::move(config));
+        }
+        sendConfigFile(call.out, configFile);
+        const std::string_view message = Text::orEmpty(mimeMessage);
+        log("Setting mime message, size:\n", message.size());
+        sendText(call.out, tag("mm"), message);
+        log("Building the envelope...");
+        call.out.endCommand();
+
+        const auto envelope = readReply<Merrow::RemoteEnvelope>(call.in);
+        if (!envelope) {
+            log("Error. Evnelope object is NULL. Operation failed.");
+            return;
+        }
+        call.result = envelope->statusCode;
+        log("Status code: ", envelope->statusCode);
+        log("Status message:\n", envelope->getStatusMessage());
+        if (call.result == 0) {
+            Text::utf8IntoWide(envelope->en.c_str(), envelopeOut);
+            Text::utf8IntoWide(envelope->tb.c_str(), tbOut);
+            Text::utf8IntoWide(envelope->th.c_str(), thOut);
+            Text::utf8IntoWide(envelope->an.c_str(), anOut);
+        }
+    });
+}

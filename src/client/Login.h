@@ -1,0 +1,15 @@
+#pragma once
+
+#include "protocol/CommandInputStream.h"
+#include "protocol/CommandOutputStream.h"
+#include "remote/RemoteLogin.h"
+
+#include "platform/WideText.h"
+
+namespace Client {
+
+// One 'LS' exchange. The session it returns is left to the process: nobody deletes it.
+const Merrow::RemoteLoginSession& exchangeLogin(Merrow::CommandOutputStream& out, Merrow::CommandInputStream& in,
+                                                const char* user, const char* password, const WideChar* configFile);
+
+} // namespace Client

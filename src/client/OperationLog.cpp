@@ -1,0 +1,11 @@
+#include "client/OperationLog.h"
+
+namespace Client {
+
+std::string& operationLog()
+{
+    static std::string text;
+    return text;
+}
+
+} // namespace Client

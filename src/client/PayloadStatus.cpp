@@ -1,0 +1,124 @@
+#include "client/CallFrame.h"
+#include "client/RequestParameters.h"
+#include "remote/RemotePayload.h"
+#include "text/Conversion.h"
+#include "text/Lists.h"
+
+using namespace Client;
+using Merrow::code;
+using Merrow::tag;
+
+namespace {
+
+constexpr std::int32_t unknownSensitivity = -1;
+
+struct EnrollmentOutput
+{
+    char* id;
+    char* from;
+};
+
+// What a recipient's status tells the caller. Empty when the status is none of those that a message which waits can
+// have.
+std::optional<std::string> statusText(const Merrow::RemotePayload& payload, const EnrollmentOutput& enrollment)
+{
+    switch (payload.statusCode) {
+    case 11:
+    case 25:
+        Text::copyOut(payload.getUu(), enrollment.id);
+        log("Returned EnrollUUID: ", payload.getUu());
+        Text::copyOut(payload.getFm(), enrollment.from);
+        return payload.getText();
+    case 20:
+        return payload.getStatusMessage();
+    case 18:
+        return std::to_string(payload.se);
+    case 5:
+    case 6:
+    case 7:
+    case 15:
+    case 16:
+    case 17:
+    case 19:
+    case 21:
+    case 26:
+    case 34:
+        return std::string();
+    default:
+        log("ERROR. Undefined status code. Message cannot be decrypted.");
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::int32_t GetPayloadStatus(const char* envelope, const WideChar* configFile, const char* recipientList,
+                              WideChar* statusTextsOut, char* enrollIdOut, char* fromOut, char* statusCodesOut,
+                              std::int32_t* sensitivity)
+{
+    *sensitivity = unknownSensitivity;
+    return runCall<std::int32_t>({.initial = -1, .copiesLog = false}, nullptr, [&](auto& call) {
+        log("Got socket: ", connectToDaemon());
+        Text::JoinedList texts(Text::listDelimiter);
+        Text::JoinedList codes(";");
+        for (const std::string& recipient : Text::splitAny(Text::orEmpty(recipientList), ";")) {
+            log("Starting RemoteEnvelopeDecrypter...");
+            call.out.beginCommand(code("DE"));
+            sendEnvelope(call.out, envelope);
+            sendConfigFile(call.out, configFile, "Setting envelope config file ");
+            if (!recipient.empty()) {
+                log("Setting recipient e-mail: ", recipient);
+                sendText(call.out, tag("to"), recipient);
+            }
+            call.out.endCommand();
+
+            const auto payload = readReply<Merrow::RemotePayload>(call.in);
+            if (!payload) {
+                log("Error. Payload object is null. Operation failed");
+                continue;
+            }
+            call.result = payload->statusCode;
+            logStatus(*payload);
+            const std::optional<std::string> text = statusText(*payload, {enrollIdOut, fromOut});
+            texts.append(text.value_or(""));
+            codes.append(std::to_string(payload->statusCode));
+            if (*sensitivity == unknownSensitivity) {
+                *sensitivity = payload->ms;
+                log("Message sensitivity: ", payload->ms);
+            }
+            if (!text) {
+                break;
+            }
+        }
+        Text::utf8IntoWide(texts.text().c_str(), statusTextsOut);
+        Text::copyOut(codes.text(), statusCodesOut);
+    });
+}
+
+std::int32_t GetRecipients(const char* envelope, WideChar* recipientsOut, std::uint32_t* sensitivityOut,
+                           char* logBuffer)
+{
+    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+        log("Got socket: ", connectToDaemon());
+        log("Starting RemoteEnvelopeDecrypter...");
+        call.out.beginCommand(code("DE"));
+        sendEnvelope(call.out, envelope);
+        call.out.writeBoolParam(tag("po"), true);
+        call.out.endCommand();
+
+        const auto payload = readReply<Merrow::RemotePayload>(call.in);
+        if (!payload) {
+            return;
+        }
+        call.result = payload->statusCode;
+        std::string recipients;
+        for (const auto& list : {payload->getTr(), payload->getTc()}) {
+            for (const std::string& recipient : list) {
+                recipients.append(recipient).append(";");
+            }
+        }
+        Text::utf8IntoWide(recipients.c_str(), recipientsOut);
+        *sensitivityOut = static_cast<std::uint32_t>(payload->ms);
+        log("Message sensitivity: ", payload->ms);
+    });
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "TarnRemoteClient.h"
+#include "platform/WideText.h"
+#include "remote/RemoteMessageInformation.h"
+
+#include <cstdint>
+#include <unordered_map>
+
+namespace Client {
+
+// Puts a record where it belongs: behind the others when `match` is null, else into the entry it matches, whose former
+// contents are then left in `record`. Returns whether it was appended.
+bool addOrUpdate(TarnRecipientEntry* entries, std::uint32_t& count, TarnRecipientEntry* match,
+                 TarnRecipientEntry& record);
+
+// An array of tracking records in task memory, as GetRecipientEntries hands it out. What is not handed out is
+// released here.
+class TrackingRecords
+{
+public:
+    // Room for `capacity` records.
+    explicit TrackingRecords(std::size_t capacity);
+    ~TrackingRecords();
+    TrackingRecords(const TrackingRecords&) = delete;
+    TrackingRecords& operator=(const TrackingRecords&) = delete;
+
+    // Folds one in; the texts that this displaces are released.
+    void fold(const Merrow::RemoteRecipientInformation& recipient);
+
+    std::uint32_t count() const { return count_; }
+
+    // Hands the array to the caller.
+    TarnRecipientEntry* release();
+
+private:
+    TarnRecipientEntry* entries_;
+    std::uint32_t count_ = 0;
+    // Where the entry of a message id and a recipient stands.
+    std::unordered_map<WideText, std::uint32_t> positions_;
+};
+
+} // namespace Client
