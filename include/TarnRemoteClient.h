@@ -15,7 +15,8 @@
  *          the call with its failure value.
  *
  * Connection  The first call that needs the daemon connects; later calls reuse the connection. Only StopTarnDaemon
- *          closes it.
+ *          closes it, once the daemon has answered. A connection that broke is not replaced: all further calls of the
+ *          process fail.
  *
  * Text     `const char *` is a zero-terminated text sent to the daemon byte for byte (the daemon expects UTF-8);
  *          null is sent as an empty text unless the function says "not null". `const TarnWideChar *` is a
@@ -42,7 +43,9 @@
  * Log      `log` is a buffer of at least TARN_LOG_SIZE bytes, not null, that receives the operation log of this
  *          call: lines "[TarnRemoteClient:LINE] MESSAGE" ended by "\n". A log that does not fit ENDS THE PROCESS
  *          (as the run-time's bounded string copy does on an overflow), and so does a null log buffer. The log names most
- *          values sent and received but never a password, a pass phrase or a security answer. A failed call logs
+ *          values sent and received but never a password, a pass phrase or a security answer. It grows with each
+ *          recipient, key server feature and configuration entry: callers keep those numbers in bounds, as the
+ *          functions say. A failed call logs
  *          "Unexpected exception occured. GetLastError() : " and the system's error number.
  */
 #ifndef TARN_REMOTE_CLIENT_H
@@ -155,8 +158,9 @@ TARN_API int32_t GetTarnVersion(char *version, char *log);
  * emailAddress  in, not null: the user's address.
  * password      in, not null.
  * configFile    in: path of the envelope configuration file; sent only when not empty.
- * result        out, written for every reply read: with status 25 the daemon's text for the user (a link), with
- *               status 18 the seconds to wait in decimal, else an empty text.
+ * result        out, written for every reply read: with status 25 a text of the daemon's for the user, with status 18
+ *               a number of the daemon's in decimal, else an empty text. (The stand-in daemon: a link to enroll by,
+ *               the seconds to wait.)
  * Returns       the status code. A failed call logs "Unknown exception occured, setting status to -1. GetLastError()
  *               : " instead of the usual line.
  */
@@ -168,7 +172,8 @@ TARN_API int32_t AuthenticateUser(const char *emailAddress, const char *password
  *
  * sender      in, not null: the sender's address.
  * configFile  in: path of the envelope configuration file; sent only when not empty.
- * Returns     the status code; -1 after any failure, even one after the status was read.
+ * Returns     the status code; -1 after any failure, even one after the status was read; 0 when there was no memory
+ *             for the reply.
  */
 TARN_API int32_t VerifyLarchConfig(const char *sender, const TarnWideChar *configFile, char *log);
 
@@ -178,7 +183,7 @@ TARN_API int32_t VerifyLarchConfig(const char *sender, const TarnWideChar *confi
  * Turns a MIME message into an encrypted envelope. Unless it is suppressed a login comes first, on the same
  * connection.
  *
- * toList, ccList, bccList  in: recipients, ";" between them.
+ * toList, ccList, bccList  in: recipients, ";" between them. Each adds its address and some 55 bytes to the log.
  * from                     in: the sender's address, also the user name of the login.
  * password                 in: the sender's password, used by the login alone.
  * mimeMessage              in: the whole message, ended by its first zero byte.
@@ -187,7 +192,8 @@ TARN_API int32_t VerifyLarchConfig(const char *sender, const TarnWideChar *confi
  *                          out, written with envelope status 0 alone: the envelope, its text body, its HTML body and
  *                          its attachment name.
  * encodedEnvelopeConfig    in: an envelope configuration as DecryptEnvelope returns it (each byte as a signed decimal
- *                          number followed by "&"), or empty. When not empty, no login takes place.
+ *                          number followed by "&"), or empty. When not empty, no login takes place. Entries with an
+ *                          empty value, or with ": " in it, do not come through.
  * loginFlag                in: "0" suppresses the login, any other text does not.
  * log                      out: NOT written when the login is answered with a nonzero status.
  * Returns                  the last status code obtained: the login's when that is not 0, else the envelope's. A
@@ -251,8 +257,8 @@ TARN_API uint32_t GetNextDecryptedItem(uint32_t *flags, uint32_t *type, uint8_t 
  * envelope        in: the envelope text; sent only when not empty.
  * configFile      in: path of the envelope configuration file; sent only when not empty.
  * recipientList   in: recipients, ";" between them.
- * statusTextsOut  out: one text a recipient, as a list: for the statuses 11 and 25 the daemon's link, for 20 its
- *                 message, for 18 the seconds to wait; else empty.
+ * statusTextsOut  out: one text a recipient, as a list: for the statuses 11 and 25 the daemon's text for the user, for
+ *                 20 its message, for 18 its number (the stand-in daemon: the seconds to wait); else empty.
  * enrollIdOut     out, with a status 11 or 25: the enrollment id (of the last such recipient).
  * fromOut         out, with a status 11 or 25: the sender's address (likewise).
  * statusCodesOut  out: the status codes in decimal, ";" between them.
@@ -308,7 +314,8 @@ TARN_API int32_t GetLockExpireStatus(const char *password, const char *envelope,
  * lockStatuses    in: count numbers, nonzero for locked.
  * statusMessages  in: count texts.
  * expiryDates     in: count dates, in the daemon's unit; 0 for never.
- * count           in: how many recipients; with 0 nothing is sent and the result is -1.
+ * count           in: how many recipients; with 0 nothing is sent and the result is -1. Each adds some 600 bytes to
+ *                 the log: at most 40 a call are safe.
  * Returns         the status code of the last exchange. A failure ends the walk and leaves the recipients before it
  *                 as they were set.
  */
@@ -325,7 +332,7 @@ TARN_API int32_t SetLockExpireStatus(const char *password, const char *envelope,
  * configFile  in: path of the envelope configuration file; sent only when not empty.
  * entries     out: null from the start. With status 0 an array in task memory, one record for each distinct pair of
  *             message id and recipient; the array and the texts in it belong to the caller.
- * startAt     in: index of the first record wanted, from 0.
+ * startAt     in: index of the first record wanted (the stand-in daemon counts from 0).
  * maxResults  in, not null, only read: how many records are wanted.
  * entryCount  out: 0 from the start; with status 0 how many records the array holds.
  * totalCount  out: 0 from the start; for every reply read how many records there are in all.
@@ -339,7 +346,8 @@ TARN_API int32_t GetRecipientEntries(const char *userName, const char *password,
                                      uint8_t ascending, char *log);
 
 /*
- * Sets lock, status message and expiry of those tracking records that a map of field values selects.
+ * Sets lock, status message and expiry of tracking records, given a map of field values (which the stand-in daemon
+ * takes as what selects the records).
  *
  * password       in: sent only when not empty.
  * configFile     in: path of the envelope configuration file; sent only when not empty.
@@ -436,8 +444,8 @@ TARN_API int32_t GetEnrollParameters(const char *emailAddress, const char *keySe
  * locale                in: sent only when not empty.
  * enrollUuid            in: the enrollment id that GetPayloadStatus returned.
  * senderEmailAddress    in: the sender of the message that waits.
- * isSimpleRegistration  in: nonzero for a registration without security questions.
- * enrollmentStage       in: the stage of the enrollment, from 0.
+ * isSimpleRegistration  in: the daemon's number (the stand-in daemon: nonzero for no security questions).
+ * enrollmentStage       in: the daemon's number (the stand-in daemon: 0 for the form, 1 to confirm it).
  * personalPassPhrase    in: sent only when not empty.
  * securityQuestion1 to securityQuestion3, securityAnswer1 to securityAnswer3   in.
  * timeZone              in: minutes east of UTC.

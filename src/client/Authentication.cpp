@@ -43,8 +43,7 @@ std::int32_t VerifyLarchConfig(const char* sender, const WideChar* configFile, c
         log("Starting RemoteVerifyConfiguration...");
         call.out.beginCommand(code("VC"));
         sendConfigFile(call.out, configFile);
-        log("Setting sender field: ", sender);
-        sendText(call.out, tag("fm"), Text::orEmpty(sender));
+        sendLogged(call.out, tag("fm"), "Setting sender field: ", Text::orEmpty(sender));
         call.out.endCommand();
         const auto verification = readReply<Merrow::RemoteVerifyConfigurationResponse>(call.in);
         if (!verification) {

@@ -2,7 +2,8 @@
 
 namespace Client {
 
-// A log that cannot grow any more must not end in an exception out of a handler: the line is lost then.
+// A log that cannot grow any more must not end in an exception out of a handler: the line is then lost, or the rest of
+// it.
 void logFailure(LogLabel label, std::uint32_t error) noexcept
 try {
     log(label, error);

@@ -8,7 +8,7 @@ namespace Client {
 
 std::string& clientVersion()
 {
-    static std::string text;
+    static std::string& text = *new std::string; // never destroyed, like the log
     return text;
 }
 

@@ -6,21 +6,22 @@ namespace Client {
 
 DecryptedItems& decryptedItems()
 {
-    static DecryptedItems items;
+    static DecryptedItems& items = *new DecryptedItems; // never destroyed, like the log
     return items;
 }
 
 void DecryptedItems::replaceBy(Merrow::RemotePayload& payload)
 {
-    items_.clear();
-    items_.reserve(payload.toc.size());
+    std::vector<DecryptedItem> items;
+    items.reserve(payload.toc.size());
     for (Merrow::TocEntry* entry : payload.getToc()) {
-        items_.push_back({.flags = static_cast<std::uint32_t>(entry->fl),
-                          .type = static_cast<std::uint32_t>(entry->ty),
-                          .name = std::move(entry->on),
-                          .contentType = std::move(entry->fc),
-                          .data = std::move(entry->da)});
+        items.push_back({.flags = static_cast<std::uint32_t>(entry->fl),
+                         .type = static_cast<std::uint32_t>(entry->ty),
+                         .name = std::move(entry->on),
+                         .contentType = std::move(entry->fc),
+                         .data = std::move(entry->da)});
     }
+    items_ = std::move(items);
     cursor_ = 0;
 }
 

@@ -1,9 +1,9 @@
 #include "client/CallFrame.h"
+#include "client/ConfigOutput.h"
 #include "client/DecryptedItems.h"
 #include "client/RequestParameters.h"
 #include "remote/RemotePayload.h"
 #include "text/Conversion.h"
-#include "text/EnvelopeConfig.h"
 
 #include <cstring>
 
@@ -29,14 +29,8 @@ std::int32_t DecryptEnvelope(const char* password, const char* envelope, const W
         sendText(call.out, tag("ky"), passwordText);
         sendEnvelope(call.out, envelope);
         sendConfigFile(call.out, configFile);
-        if (const std::string_view address = Text::orEmpty(recipient); !address.empty()) {
-            log("Setting recipient e-mail: ", address);
-            sendText(call.out, tag("to"), address);
-        }
-        if (const std::string_view key = Text::orEmpty(sessionKey); !key.empty()) {
-            log("Setting session key: ", key);
-            sendText(call.out, tag("sk"), key);
-        }
+        sendIfAny(call.out, tag("to"), "Setting recipient e-mail: ", Text::orEmpty(recipient));
+        sendIfAny(call.out, tag("sk"), "Setting session key: ", Text::orEmpty(sessionKey));
         if (keepOpen != 0) {
             call.out.writeBoolParam(tag("po"), true);
         }
@@ -53,7 +47,7 @@ std::int32_t DecryptEnvelope(const char* password, const char* envelope, const W
                                                                    : payload->getStatusMessage());
         if (call.result == 0) {
             decryptedItems().replaceBy(*payload);
-            log("getEnvelopeConfig: ", Text::getEnvelopeConfig(payload->getEc(), true, configOut));
+            getEnvelopeConfig(payload->getEc(), true, configOut);
             Text::utf8IntoWide(payload->ku.c_str(), kuOut);
             Text::utf8IntoWide(payload->fm.c_str(), fromOut);
         }

@@ -14,8 +14,7 @@ using Merrow::tag;
 static void sendRecipients(Merrow::CommandOutputStream& out, Merrow::Tag parameter, const char* list, const char* label)
 {
     for (const std::string& recipient : Text::splitAny(Text::orEmpty(list), ";")) {
-        log(label, recipient);
-        sendText(out, parameter, recipient);
+        sendLogged(out, parameter, label, recipient);
     }
 }
 
@@ -43,14 +42,12 @@ std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const
 
         log("Starting builder");
         call.out.beginCommand(code("BE"));
-        log("Setting client type to: ", clientVersion());
-        sendClientVersion(call.out);
+        sendLogged(call.out, tag("tc"), "Setting client type to: ", clientVersion());
         if (session != nullptr) {
             log("Setting login session.");
             call.out.writeStringMapParam(tag("sl"), session->getSessionMap());
         }
-        log("Setting From field: ", from);
-        sendText(call.out, tag("fm"), Text::orEmpty(from));
+        sendLogged(call.out, tag("fm"), "Setting From field: ", Text::orEmpty(from));
         sendRecipients(call.out, tag("to"), toList, "Setting To recipient: ");
         sendRecipients(call.out, tag("cc"), ccList, "Setting CC recipient: ");
         sendRecipients(call.out, tag("bc"), bccList, "Setting BCC recipient: ");

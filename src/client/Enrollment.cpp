@@ -1,5 +1,6 @@
 #include "client/CallFrame.h"
 #include "client/ClientVersion.h"
+#include "client/ConfigOutput.h"
 #include "client/RequestParameters.h"
 #include "remote/RemoteEnrollment.h"
 #include "text/ConfigKeys.h"
@@ -15,32 +16,11 @@ namespace {
 // What both requests open with: the client, the key server and the address.
 void sendEnrollmentHead(Merrow::CommandOutputStream& out, const char* keyServer, const char* emailAddress)
 {
-    log("Setting FullClientName ", clientVersion());
-    sendClientVersion(out);
+    sendLogged(out, tag("tc"), "Setting FullClientName ", clientVersion());
     log("Setting keyServer ", keyServer);
     out.writeStringMapParam(tag("ec"),
                             {{std::string(Text::ConfigKey::externalSecureUrl), std::string(Text::orEmpty(keyServer))}});
-    log("Setting emailAddress ", emailAddress);
-    sendText(out, tag("ea"), Text::orEmpty(emailAddress));
-}
-
-void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::string_view text)
-{
-    log(label, text);
-    sendText(out, parameter, text);
-}
-
-void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::int32_t number)
-{
-    log(label, number);
-    out.writeIntParam(parameter, number);
-}
-
-void sendLocale(Merrow::CommandOutputStream& out, const WideChar* locale)
-{
-    if (const std::string text = Text::wideToUtf8(locale); !text.empty()) {
-        sendLogged(out, tag("ul"), "Setting locale ", text);
-    }
+    sendLogged(out, tag("ea"), "Setting emailAddress ", Text::orEmpty(emailAddress));
 }
 
 } // namespace
@@ -55,7 +35,7 @@ std::int32_t GetEnrollParameters(const char* emailAddress, const char* keyServer
         connectToDaemon();
         call.out.beginCommand(code("EP"));
         sendEnrollmentHead(call.out, keyServer, emailAddress);
-        sendLocale(call.out, locale);
+        sendIfAny(call.out, tag("ul"), "Setting locale ", Text::wideToUtf8(locale));
         call.out.endCommand();
 
         const Merrow::RemoteEnrollParamsResponse parameters(call.in);
@@ -93,7 +73,7 @@ std::int32_t UserEnroll(const char* emailAddress, const char* keyServer, const W
         sendText(call.out, tag("pw"), Text::wideToUtf8(password));
         sendLogged(call.out, tag("pc"), "Setting enrollUuid ", Text::orEmpty(enrollUuid));
         sendLogged(call.out, tag("es"), "Setting senderEmailAddress ", Text::orEmpty(senderEmailAddress));
-        sendLocale(call.out, locale);
+        sendIfAny(call.out, tag("ul"), "Setting locale ", Text::wideToUtf8(locale));
         sendLogged(call.out, tag("or"), "Setting isSimpleRegistration ", isSimpleRegistration);
         sendLogged(call.out, tag("el"), "Setting enrollmentStage ", enrollmentStage);
         sendLogged(call.out, tag("zo"), "Setting timeZone ", timeZone);
@@ -126,6 +106,6 @@ std::int32_t UserEnroll(const char* emailAddress, const char* keyServer, const W
         const Merrow::RemoteEnrollUserResponse response(call.in);
         call.result = response.statusCode;
         logStatus(response);
-        log("getEnvelopeConfig: ", Text::getEnvelopeConfig(response.getFirstMap(), false, resultOut));
+        getEnvelopeConfig(response.getFirstMap(), false, resultOut);
     });
 }

@@ -16,9 +16,7 @@ std::int32_t GetKeyServerInfo(const WideChar* configFile, std::uint8_t* readByEn
         log("GetKeyServerInfo is called.");
         connectToDaemon();
         call.out.beginCommand(code("KV"));
-        const std::string path = Text::wideToUtf8(configFile);
-        log("Setting envelope config file ", path);
-        sendText(call.out, tag("ep"), path);
+        sendLogged(call.out, tag("ep"), "Setting envelope config file ", Text::wideToUtf8(configFile));
         call.out.endCommand();
 
         const Merrow::RemoteKeyserverVersion keyServer(call.in);

@@ -4,7 +4,8 @@ namespace Client {
 
 std::string& operationLog()
 {
-    static std::string text;
+    // Never destroyed: the host may still call from its own static objects' destructors.
+    static std::string& text = *new std::string;
     return text;
 }
 

@@ -66,16 +66,13 @@ std::int32_t GetPayloadStatus(const char* envelope, const WideChar* configFile, 
             call.out.beginCommand(code("DE"));
             sendEnvelope(call.out, envelope);
             sendConfigFile(call.out, configFile, "Setting envelope config file ");
-            if (!recipient.empty()) {
-                log("Setting recipient e-mail: ", recipient);
-                sendText(call.out, tag("to"), recipient);
-            }
+            sendIfAny(call.out, tag("to"), "Setting recipient e-mail: ", recipient);
             call.out.endCommand();
 
             const auto payload = readReply<Merrow::RemotePayload>(call.in);
             if (!payload) {
                 log("Error. Payload object is null. Operation failed");
-                continue;
+                break;
             }
             call.result = payload->statusCode;
             logStatus(*payload);

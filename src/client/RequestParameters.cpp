@@ -3,26 +3,50 @@
 #include "client/ClientVersion.h"
 #include "text/Conversion.h"
 
+#include <stdexcept>
+
 namespace Client {
 
 using Merrow::tag;
 
 void sendText(Merrow::CommandOutputStream& out, Merrow::Tag parameter, std::string_view text)
 {
+    if (text.size() > INT32_MAX) {
+        throw std::length_error("string too long");
+    }
     out.writeBytesParam(parameter, text.data(), static_cast<std::int32_t>(text.size()));
+}
+
+void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::string_view text)
+{
+    log(label, text);
+    sendText(out, parameter, text);
+}
+
+void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::int32_t number)
+{
+    log(label, number);
+    out.writeIntParam(parameter, number);
+}
+
+void sendIfAny(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::string_view text)
+{
+    if (!text.empty()) {
+        sendLogged(out, parameter, label, text);
+    }
+}
+
+void sendUnnamed(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::string_view text)
+{
+    if (!text.empty()) {
+        log(label);
+        sendText(out, parameter, text);
+    }
 }
 
 void sendClientVersion(Merrow::CommandOutputStream& out)
 {
     sendText(out, tag("tc"), clientVersion());
-}
-
-void sendSecret(Merrow::CommandOutputStream& out, Merrow::Tag parameter, const char* text, LogLabel label)
-{
-    if (const std::string_view secret = Text::orEmpty(text); !secret.empty()) {
-        log(label);
-        sendText(out, parameter, secret);
-    }
 }
 
 void sendEnvelope(Merrow::CommandOutputStream& out, const char* envelope)
@@ -35,10 +59,7 @@ void sendEnvelope(Merrow::CommandOutputStream& out, const char* envelope)
 
 void sendConfigFile(Merrow::CommandOutputStream& out, const WideChar* configFile, LogLabel label)
 {
-    if (const std::string path = Text::wideToUtf8(configFile); !path.empty()) {
-        log(label, path);
-        sendText(out, tag("ep"), path);
-    }
+    sendIfAny(out, tag("ep"), label, Text::wideToUtf8(configFile));
 }
 
 void logStatus(const Merrow::RemoteResponse& reply)

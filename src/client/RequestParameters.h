@@ -10,13 +10,21 @@
 // What the exports' requests and log lines have in common.
 namespace Client {
 
+// Throws when the text is longer than a parameter can be.
 void sendText(Merrow::CommandOutputStream& out, Merrow::Tag tag, std::string_view text);
 
 // 'tc'.
 void sendClientVersion(Merrow::CommandOutputStream& out);
 
-// A text that is sent, and named in the log by its label alone, only when it is not empty.
-void sendSecret(Merrow::CommandOutputStream& out, Merrow::Tag tag, const char* text, LogLabel label);
+// A value that is logged behind its label and sent.
+void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
+void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::int32_t number);
+
+// The same for a text that is left out when it is empty.
+void sendIfAny(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
+
+// The same, with nothing but the label in the log.
+void sendUnnamed(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
 
 // 'en', only when it is not empty; the log tells its size.
 void sendEnvelope(Merrow::CommandOutputStream& out, const char* envelope);

@@ -23,9 +23,8 @@ std::int32_t SetLockExpireStatus(const char* password, const char* envelope, con
         for (std::uint32_t i = 0; i < count; ++i) {
             log("Starting RemoteSetMessageInformation...");
             call.out.beginCommand(code("SI"));
-            log("Setting client type to: ", clientVersion());
-            sendClientVersion(call.out);
-            sendSecret(call.out, tag("ky"), password, "Setting password.");
+            sendLogged(call.out, tag("tc"), "Setting client type to: ", clientVersion());
+            sendUnnamed(call.out, tag("ky"), "Setting password.", Text::orEmpty(password));
             sendEnvelope(call.out, envelope);
             sendConfigFile(call.out, configFile);
             log("Adding recipient.");
@@ -54,7 +53,7 @@ std::int32_t GetLockExpireStatus(const char* password, const char* envelope, con
         connectToDaemon();
         call.out.beginCommand(code("MI"));
         sendClientVersion(call.out);
-        sendSecret(call.out, tag("ky"), password, "Setting password");
+        sendUnnamed(call.out, tag("ky"), "Setting password", Text::orEmpty(password));
         sendEnvelope(call.out, envelope);
         sendConfigFile(call.out, configFile);
         log("Retrieving RemoteMessageInformation.");
@@ -104,11 +103,9 @@ std::int32_t GetRecipientEntries(const char* userName, const char* password, con
         log("Got socket ", connectToDaemon());
         log("Starting RemoteGetMessageInformation...");
         call.out.beginCommand(code("MI"));
-        const std::string version = buildClientVersion();
-        log("Setting client type to: ", version);
-        sendText(call.out, tag("tc"), version);
-        sendSecret(call.out, tag("fm"), userName, "Setting username");
-        sendSecret(call.out, tag("ky"), password, "Setting password");
+        sendLogged(call.out, tag("tc"), "Setting client type to: ", buildClientVersion());
+        sendUnnamed(call.out, tag("fm"), "Setting username", Text::orEmpty(userName));
+        sendUnnamed(call.out, tag("ky"), "Setting password", Text::orEmpty(password));
         sendConfigFile(call.out, configFile);
         if (const std::string_view field = Text::orEmpty(sortBy); !field.empty()) {
             sendText(call.out, tag("sf"), field);
@@ -168,10 +165,10 @@ std::int32_t SetRecipientEntries(const char* password, const WideChar* configFil
 std::int32_t AddOrUpdateRemoteRecipientEntries(TarnRecipientEntry* entries, std::uint32_t* count,
                                                TarnRecipientEntry* record)
 {
-    const auto view = [](const WideChar* text) { return text == nullptr ? WideView() : WideView(text); };
     TarnRecipientEntry* const end = entries + *count;
     TarnRecipientEntry* const match = std::find_if(entries, end, [&](const TarnRecipientEntry& entry) {
-        return view(entry.messageId) == view(record->messageId) && view(entry.recipient) == view(record->recipient);
+        return textOf(entry.messageId) == textOf(record->messageId) &&
+               textOf(entry.recipient) == textOf(record->recipient);
     });
     return addOrUpdate(entries, *count, match == end ? nullptr : match, *record) ? 1 : 0;
 }

@@ -64,9 +64,13 @@ TrackingRecords::TrackingRecords(std::size_t capacity)
 TrackingRecords::~TrackingRecords()
 {
     if (entries_ != nullptr) {
-        std::for_each(entries_, entries_ + count_, releaseTexts);
-        Platform::releaseTaskMemory(entries_);
+        std::for_each(entries_.get(), entries_.get() + count_, releaseTexts);
     }
+}
+
+void TrackingRecords::Release::operator()(TarnRecipientEntry* entries) const
+{
+    Platform::releaseTaskMemory(entries);
 }
 
 void TrackingRecords::fold(const Merrow::RemoteRecipientInformation& recipient)
@@ -76,18 +80,18 @@ void TrackingRecords::fold(const Merrow::RemoteRecipientInformation& recipient)
     fill(record, recipient);
 
     // The zero keeps the two texts apart: neither can hold one.
-    WideText key = record.messageId;
+    WideText key(textOf(record.messageId));
     key.push_back(0);
-    key.append(record.recipient);
+    key.append(textOf(record.recipient));
     const auto [position, isNew] = positions_.try_emplace(std::move(key), count_);
-    if (addOrUpdate(entries_, count_, isNew ? nullptr : entries_ + position->second, record)) {
+    if (addOrUpdate(entries_.get(), count_, isNew ? nullptr : &entries_[position->second], record)) {
         record = {};
     }
 }
 
 TarnRecipientEntry* TrackingRecords::release()
 {
-    return std::exchange(entries_, nullptr);
+    return entries_.release();
 }
 
 } // namespace Client

@@ -5,6 +5,7 @@
 #include "remote/RemoteMessageInformation.h"
 
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 
 namespace Client {
@@ -13,6 +14,12 @@ namespace Client {
 // contents are then left in `record`. Returns whether it was appended.
 bool addOrUpdate(TarnRecipientEntry* entries, std::uint32_t& count, TarnRecipientEntry* match,
                  TarnRecipientEntry& record);
+
+// A record's text; a missing one counts as empty.
+inline WideView textOf(const WideChar* text)
+{
+    return text == nullptr ? WideView() : WideView(text);
+}
 
 // An array of tracking records in task memory, as GetRecipientEntries hands it out. What is not handed out is
 // released here.
@@ -34,9 +41,15 @@ public:
     TarnRecipientEntry* release();
 
 private:
-    TarnRecipientEntry* entries_;
+    struct Release
+    {
+        void operator()(TarnRecipientEntry* entries) const;
+    };
+
+    std::unique_ptr<TarnRecipientEntry[], Release> entries_;
     std::uint32_t count_ = 0;
-    // Where the entry of a message id and a recipient stands.
+    // Where the entry of a message id and a recipient stands: a search through the array for each record would take
+    // quadratic time.
     std::unordered_map<WideText, std::uint32_t> positions_;
 };
 

@@ -20,7 +20,8 @@ void cleanUpSockets();
 std::int32_t createSocket();
 
 // Connects to a TCP port of the loopback interface, then switches off the delaying of small sends (a failure of
-// that alone is ignored). Returns false on failure; lastSocketError says why.
+// that alone is ignored). Returns false on failure; lastSocketError says why
+// when the connection was refused.
 bool connectToLoopback(std::int32_t socket, std::uint16_t port);
 
 // One send or receive, blocking. Returns the bytes moved, 0 when the peer has closed the connection in an orderly way
@@ -55,8 +56,8 @@ void releaseTaskMemory(void* memory);
 // ---- Conversion between UTF-8 and UTF-16
 
 // Both convert `count` units, -1 for a text up to and including its terminator, into `out`. With capacity 0 they only
-// count. Return the units written or needed; 0 when there is nothing to convert or the capacity does not suffice.
-// Ill-formed input becomes U+FFFD.
+// count. Return the units written or needed; 0 when there is nothing to convert, the capacity does not suffice, or the
+// number is out of range. Ill-formed input becomes U+FFFD.
 std::int32_t utf8ToWide(const char* text, std::int32_t count, WideChar* out, std::int32_t capacity);
 std::int32_t wideToUtf8(const WideChar* text, std::int32_t count, char* out, std::int32_t capacity);
 

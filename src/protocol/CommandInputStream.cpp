@@ -63,8 +63,8 @@ std::int32_t CommandInputStream::readLength()
     return readInt();
 }
 
-// The block only grows. Its memory is not touched here: a length that is never followed by its bytes costs no more than
-// address space.
+// The block only grows. Its memory is not touched here: a length that is never followed by its bytes costs address
+// space (and, on Windows, as much of the commit limit) until the call ends.
 void CommandInputStream::growScratch(std::int32_t capacity)
 {
     auto* block = static_cast<char*>(std::realloc(scratch_.get(), static_cast<std::size_t>(std::max(capacity, 1))));
@@ -93,7 +93,7 @@ std::vector<std::string> CommandInputStream::readStringArray(std::int32_t total)
 {
     std::vector<std::string> texts;
     std::int64_t remaining = total;
-    while (remaining >= 1) {
+    while (remaining >= 1 && !broken_) {
         const std::int32_t length = readLength();
         texts.push_back(readString(length));
         remaining -= 4 + std::int64_t{length};
@@ -108,7 +108,7 @@ std::map<std::string, std::string> CommandInputStream::readStringMap(std::int32_
 {
     std::map<std::string, std::string> entries;
     std::int64_t remaining = total;
-    while (remaining >= 1) {
+    while (remaining >= 1 && !broken_) {
         const std::int32_t keyLength = readLength();
         std::string key = readString(keyLength);
         const std::int32_t valueLength = readLength();
@@ -138,8 +138,8 @@ std::int32_t CommandInputStream::readFully(char* buffer, std::int32_t count)
     return offset;
 }
 
-// What a failed receive leaves out reads as ones: an unknown tag, a negative length. So the reply's own checks fail
-// at the next step, and no count of items that never arrive is walked through.
+// What a failed receive leaves out reads as ones, an unknown tag and a negative length, so that the reply's own checks
+// fail at the next step.
 template <class Integer>
 Integer CommandInputStream::readInteger()
 {

@@ -49,6 +49,9 @@ public:
     virtual double readDouble();
     virtual bool readBool();
 
+    // Whether receiving has failed: then nothing more is received, and loops over what is still to come must end.
+    bool broken() const { return broken_; }
+
     // Throws a CommandException whose text this stream keeps.
     [[noreturn]] void fail(std::string message);
 

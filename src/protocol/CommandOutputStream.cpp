@@ -2,6 +2,8 @@
 
 #include "protocol/BigEndian.h"
 
+#include <stdexcept>
+
 namespace Merrow {
 
 void CommandOutputStream::beginCommand(std::uint16_t code)
@@ -41,6 +43,9 @@ void CommandOutputStream::writeStringMapParam(Tag tag, std::map<std::string, std
     for (const auto& [key, text] : entries) {
         append(key);
         append(text);
+    }
+    if (value.size() > INT32_MAX) {
+        throw std::length_error("string too long");
     }
     writeBytesParam(tag, value.data(), static_cast<std::int32_t>(value.size()));
 }

@@ -14,7 +14,7 @@ template <class ReadItem>
 void readCollection(CommandInputStream& stream, std::int32_t length, const char* mismatch, ReadItem readItem)
 {
     std::int64_t remaining = length;
-    while (remaining > 0) {
+    while (remaining > 0 && !stream.broken()) {
         const std::int32_t itemLength = stream.readLength();
         remaining -= 4;
         readItem(itemLength);
@@ -32,7 +32,7 @@ void readCountedParameters(CommandInputStream& stream, std::int32_t length, cons
                            ReadParameter readParameter)
 {
     std::int64_t remaining = length;
-    while (remaining > 0) {
+    while (remaining > 0 && !stream.broken()) {
         const Tag tag = stream.readTag();
         const std::int32_t valueLength = stream.readLength();
         remaining -= 6;

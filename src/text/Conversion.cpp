@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 
 namespace Text {
 
@@ -13,6 +14,9 @@ std::string wideToUtf8(WideView text)
 {
     if (text.empty()) {
         return {};
+    }
+    if (text.size() > INT32_MAX) {
+        throw std::length_error("string too long");
     }
     const auto length = static_cast<std::int32_t>(text.size());
     const std::int32_t size = Platform::wideToUtf8(text.data(), length, nullptr, 0);

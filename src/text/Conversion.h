@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-// Conversions between the texts of the caller (UTF-8 and UTF-16) and those of the library (UTF-8). None reports an
-// error: ill-formed input is replaced.
+// Conversions between the texts of the caller (UTF-8 and UTF-16) and those of the library (UTF-8). Ill-formed input is
+// replaced, never reported.
 namespace Text {
 
 // A caller's text; null counts as empty.
@@ -22,7 +22,8 @@ std::string wideToUtf8(WideView text);
 // The same for a caller's zero-terminated text; null counts as empty.
 std::string wideToUtf8(const WideChar* text);
 
-// Returns a zero-terminated text in task memory, which the receiver releases; null when it cannot be converted.
+// Returns a zero-terminated text in task memory, which the receiver releases; null when it cannot be converted. Throws
+// when there is no memory.
 WideChar* utf8ToTaskMemWide(const char* text);
 
 // Writes the converted text with its terminator, without a bound. Writes nothing when it cannot be converted.

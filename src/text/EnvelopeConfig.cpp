@@ -15,15 +15,6 @@ constexpr std::string_view keyEnd = ": ";
 constexpr std::string_view entryEnd = "; ";
 constexpr std::string_view codeEnd = "&";
 
-std::string configText(const ConfigMap& entries)
-{
-    std::string text;
-    for (const auto& [key, value] : entries) {
-        text.append(key).append(keyEnd).append(value).append(entryEnd);
-    }
-    return text;
-}
-
 } // namespace
 
 std::string encodeCharCodes(std::string& text)
@@ -55,19 +46,16 @@ ConfigMap decodeConfigMap(std::string_view encoded)
     return entries;
 }
 
-std::string getEnvelopeConfig(ConfigMap entries, bool encode, char* destination)
+std::string formatConfigMap(const ConfigMap& entries)
 {
-    const std::string plain = configText(entries);
-    if (encode) {
-        std::string consumed = plain;
-        copyOut(encodeCharCodes(consumed), destination);
-    } else {
-        copyOut(plain, destination);
+    std::string text;
+    for (const auto& [key, value] : entries) {
+        text.append(key).append(keyEnd).append(value).append(entryEnd);
     }
-    return plain;
+    return text;
 }
 
-void formatConfigMapWide(ConfigMap entries, WideChar* destination)
+void formatConfigMapWide(const ConfigMap& entries, WideChar* destination)
 {
     // Each text ends at its first zero byte, as a text for the caller does.
     std::string text;

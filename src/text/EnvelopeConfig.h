@@ -14,14 +14,13 @@ using ConfigMap = std::map<std::string, std::string>;
 // Writes each byte as a signed decimal number followed by "&". Takes the text's contents: it is empty afterwards.
 std::string encodeCharCodes(std::string& text);
 
-// The map behind an encoded configuration text. Entries that are no "key: value" are left out; and so is a lone entry
-// without "; " behind it.
+// The map behind an encoded configuration text. Left out are entries that do not come apart into exactly one key and
+// one value (an empty value, or one that holds ": ", is none), and a lone entry without "; " behind it.
 ConfigMap decodeConfigMap(std::string_view encoded);
 
-// Writes a map into the caller's buffer, encoded when asked for. Returns the plain text, for the log.
-std::string getEnvelopeConfig(ConfigMap entries, bool encode, char* destination);
+std::string formatConfigMap(const ConfigMap& entries);
 
 // Writes a map into the caller's UTF-16 buffer.
-void formatConfigMapWide(ConfigMap entries, WideChar* destination);
+void formatConfigMapWide(const ConfigMap& entries, WideChar* destination);
 
 } // namespace Text

@@ -1,16 +1,15 @@
 #include "platform/Platform.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <spawn.h>
 #include <string>
 #include <string_view>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 namespace Platform {
 
@@ -40,21 +39,50 @@ std::vector<std::string> splitAtBlanks(std::string_view text)
     return words;
 }
 
-// The program runs in the background, like a window-less process: in a session of its own and without our console.
-int spawnDetached(const std::string& program, char* const* arguments)
+// Runs in the forked process, where only async-signal-safe calls are allowed. The program gets a session of its own,
+// none of our descriptors and signal settings. Returns only when it cannot be started.
+int becomeProgram(const char* program, char* const* arguments, int report)
 {
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawnattr_init(&attributes);
+    setsid();
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    const int null = open("/dev/null", O_RDWR);
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        posix_spawn_file_actions_addopen(&actions, descriptor, "/dev/null", O_RDWR, 0);
+        dup2(null, descriptor);
     }
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-    pid_t process = 0;
-    const int error = posix_spawn(&process, program.c_str(), &actions, &attributes, arguments, environ);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
+    constexpr unsigned firstOther = STDERR_FILENO + 1;
+    const auto reportDescriptor = static_cast<unsigned>(report);
+    close_range(firstOther, reportDescriptor - 1, 0);
+    close_range(reportDescriptor + 1, ~0U, 0);
+    execv(program, arguments);
+    return errno;
+}
+
+// Starts the program as the child of a child that ends at once, so that it is nobody's of ours to wait for. Returns 0
+// or the error number; the program's own start, which closes the pipe, is what ends the reading.
+int spawnDetached(const char* program, char* const* arguments)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        return errno;
+    }
+    const int report = fcntl(ends[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 2);
+    close(ends[1]);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (fork() == 0) {
+            const int error = becomeProgram(program, arguments, report);
+            static_cast<void>(!write(report, &error, sizeof error));
+        }
+        _exit(0);
+    }
+    int error = child < 0 ? errno : 0;
+    close(report);
+    while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    static_cast<void>(!read(ends[0], &error, sizeof error));
+    close(ends[0]);
     return error;
 }
 
@@ -74,7 +102,7 @@ std::int32_t launchHidden(const char* program, const char* parameters)
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
-    const int error = spawnDetached(path, arguments.data());
+    const int error = spawnDetached(path.c_str(), arguments.data());
     if (error == 0) {
         return launchAccepted;
     }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -19,7 +20,14 @@ void cleanUpSockets() {}
 
 std::int32_t createSocket()
 {
-    return socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (descriptor != 0) {
+        return descriptor;
+    }
+    // 0 stands for no socket above: it comes up where the host has closed its standard input.
+    const int other = fcntl(descriptor, F_DUPFD_CLOEXEC, 1);
+    close(descriptor);
+    return other;
 }
 
 // An interrupted connect goes on by itself: what is left is to wait for its end.

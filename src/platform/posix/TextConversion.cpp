@@ -101,19 +101,19 @@ std::int32_t convert(const From* text, std::int32_t count, To* out, std::int32_t
     std::basic_string_view<From> rest =
         count < 0 ? std::basic_string_view<From>(text, std::char_traits<From>::length(text) + 1)
                   : std::basic_string_view<From>(text, static_cast<std::size_t>(count));
-    std::int32_t written = 0;
+    std::int64_t written = 0;
     Encoded<To> next{};
     while (!rest.empty()) {
         encode(takeCodePoint(rest), next);
         if (capacity > 0) {
-            if (static_cast<std::size_t>(capacity - written) < next.count) {
+            if (written + static_cast<std::int64_t>(next.count) > capacity) {
                 return 0;
             }
             std::memcpy(out + written, next.units.data(), next.count * sizeof(To));
         }
-        written += static_cast<std::int32_t>(next.count);
+        written += static_cast<std::int64_t>(next.count);
     }
-    return written;
+    return written > INT32_MAX ? 0 : static_cast<std::int32_t>(written);
 }
 
 } // namespace

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "text/EnvelopeConfig.h"
+
+namespace Client {
+
+// Writes an envelope configuration into the caller's buffer, encoded when asked for, and logs it in plain.
+void getEnvelopeConfig(const Text::ConfigMap& entries, bool encode, char* destination);
+
+} // namespace Client

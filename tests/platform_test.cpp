@@ -1,0 +1,125 @@
+// The contract of the platform seam, the same on both systems.
+#include "platform/Platform.h"
+#include "support/Sockets.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+struct Connection
+{
+    SOCKET listener = sockets::listenOn(0);
+    std::int32_t ours = -1;
+    SOCKET theirs = sockets::none;
+
+    Connection()
+    {
+        EXPECT_EQ(Platform::startSockets(), 0);
+        ours = Platform::createSocket();
+        EXPECT_GT(ours, 0);
+        EXPECT_TRUE(Platform::connectToLoopback(ours, sockets::portOf(listener)));
+        theirs = sockets::acceptFrom(listener, 2000ms);
+    }
+    ~Connection()
+    {
+        Platform::closeSocket(ours);
+        sockets::close(listener);
+        Platform::cleanUpSockets();
+    }
+};
+
+} // namespace
+
+TEST(PlatformSockets, BytesBothWaysAndAnOrderlyEnd)
+{
+    Connection connection;
+    EXPECT_EQ(Platform::sendBytes(connection.ours, "abc", 3), 3);
+    std::string received;
+    sockets::receiveSome(connection.theirs, received, 2000ms);
+    EXPECT_EQ(received, "abc");
+    sockets::sendAll(connection.theirs, "xy");
+    char buffer[8];
+    EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), 2);
+    EXPECT_EQ(std::string(buffer, 2), "xy");
+    sockets::close(connection.theirs);
+    EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), 0);
+}
+
+TEST(PlatformSockets, RefusedAndResetConnectionsAreToldNotRaised)
+{
+    const SOCKET listener = sockets::listenOn(0);
+    const std::uint16_t port = sockets::portOf(listener);
+    sockets::close(listener);
+    ASSERT_EQ(Platform::startSockets(), 0);
+    const std::int32_t socket = Platform::createSocket();
+    EXPECT_FALSE(Platform::connectToLoopback(socket, port));
+#ifdef _WIN32
+    EXPECT_EQ(Platform::lastSocketError(), WSAECONNREFUSED);
+#else
+    EXPECT_EQ(Platform::lastSocketError(), ECONNREFUSED);
+#endif
+    Platform::closeSocket(socket);
+
+    Connection connection;
+    sockets::reset(connection.theirs);
+    char buffer[8];
+    EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1);
+    std::int32_t sent = 0;
+    for (int i = 0; i < 3; ++i) {
+        sent = Platform::sendBytes(connection.ours, "abc", 3);
+    }
+    EXPECT_EQ(sent, -1) << "and no signal ends the process";
+#ifndef _WIN32
+    EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1) << "a reset keeps being told";
+#endif
+    Platform::cleanUpSockets();
+}
+
+TEST(PlatformText, CountsAndCapacities)
+{
+    WideChar wide[4];
+    EXPECT_EQ(Platform::utf8ToWide("\xC3\x84", -1, nullptr, 0), 2) << "with the terminator";
+    EXPECT_EQ(Platform::utf8ToWide("\xC3\x84", 2, nullptr, 0), 1);
+    EXPECT_EQ(Platform::utf8ToWide("abcdef", -1, wide, 4), 0) << "too small";
+    const WideChar lock[] = {0xD83D, 0xDD12, 0};
+    char narrow[8];
+    EXPECT_EQ(Platform::wideToUtf8(lock, 2, nullptr, 0), 4);
+    EXPECT_EQ(Platform::wideToUtf8(lock, -1, narrow, 8), 5);
+    EXPECT_STREQ(narrow, "\xF0\x9F\x94\x92");
+}
+
+TEST(PlatformProcess, LaunchRunsTheProgramWithSplitParameters)
+{
+    const std::filesystem::path witness = std::filesystem::temp_directory_path() / "tarn-launch-test";
+    std::filesystem::remove(witness);
+#ifdef _WIN32
+    const std::string program = "\"c:\\windows\\system32\\cmd.exe\"";
+    const std::string parameters = "/c mkdir " + witness.string();
+#else
+    const std::string program = "\"/bin/mkdir\"";
+    const std::string parameters = "-p  " + witness.string();
+#endif
+    EXPECT_GT(Platform::launchHidden(program.c_str(), parameters.c_str()), 32);
+    for (int i = 0; i < 500 && !std::filesystem::exists(witness); ++i) {
+        std::this_thread::sleep_for(10ms);
+    }
+    EXPECT_TRUE(std::filesystem::remove(witness));
+    EXPECT_EQ(Platform::launchHidden("\"/no/such/program\"", "x"), 2);
+}
+
+TEST(PlatformProcessDeathTest, LogThatDoesNotFitEndsTheProcess)
+{
+    char buffer[4] = "abc";
+    Platform::copyOrEndProcess(buffer, 4, "xyz");
+    EXPECT_STREQ(buffer, "xyz");
+#ifndef _WIN32
+    EXPECT_DEATH(Platform::copyOrEndProcess(buffer, 4, "four"), "");
+    EXPECT_DEATH(Platform::copyOrEndProcess(nullptr, 4, "x"), "");
+#endif
+}

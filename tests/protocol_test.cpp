@@ -1,0 +1,188 @@
+// What breaks when requests are encoded or replies decoded.
+#include "platform/Platform.h"
+#include "protocol/CommandException.h"
+#include "protocol/Crc32.h"
+#include "support/MemoryStreams.h"
+#include "support/Wire.h"
+
+#include <gtest/gtest.h>
+
+using Merrow::tag;
+using namespace std::string_literals;
+using Sends = std::vector<std::string>;
+
+// The text of the exception that `action` throws. Frees it, as nobody else does.
+template <class Action>
+std::string failureOf(Action action)
+{
+    try {
+        action();
+    } catch (Merrow::CommandException* exception) {
+        const std::string text = exception->what();
+        delete exception;
+        return text;
+    }
+    return "no failure";
+}
+
+TEST(Encoding, EachPrimitiveIsOneSendMostSignificantByteFirst)
+{
+    MemoryOutput out;
+    out.beginCommand(Merrow::code("SD"));
+    out.writeIntParam(tag("ii"), -1);
+    out.writeLongParam(tag("ll"), 0x0102030405060708);
+    out.writeShortParam(tag("ss"), -2);
+    out.writeDateParam(tag("dd"), 0x01020304);
+    out.writeBoolParam(tag("bb"), true);
+    out.writeBytesParam(tag("tt"), "abc", 3);
+    out.endCommand();
+    const Sends expected{"\0\7"s,
+                         "SD",
+                         "ii",
+                         "\0\0\0\4"s,
+                         "\xFF\xFF\xFF\xFF"s,
+                         "ll",
+                         "\0\0\0\10"s,
+                         "\1\2\3\4\5\6\7\10"s,
+                         "ss",
+                         "\0\0\0\2"s,
+                         "\xFF\xFE"s,
+                         "dd",
+                         "\0\0\0\4"s,
+                         "\1\2\3\4"s,
+                         "bb",
+                         "\0\0\0\1"s,
+                         "\1"s,
+                         "tt",
+                         "\0\0\0\3"s,
+                         "abc",
+                         "\xCE\xDE"s};
+    ASSERT_EQ(out.sends.size(), expected.size() + 1);
+    EXPECT_EQ(Sends(out.sends.begin(), out.sends.end() - 1), expected);
+    EXPECT_EQ(out.sends.back(), wire::int32(wire::crc(out.bytes().substr(0, out.bytes().size() - 4))));
+}
+
+TEST(Encoding, NullAndEmptyValuesAndMapsInKeyOrder)
+{
+    MemoryOutput out;
+    out.writeBytesParam(tag("nn"), nullptr, 5);
+    out.writeBytesParam(tag("ee"), "", 0);
+    out.writeStringMapParam(tag("mm"), {});
+    out.writeStringMapParam(tag("mm"), {{"b", "2"}, {"a\0"s, "\xFF"}, {"\x80", ""}});
+    const std::string map = wire::sequence({"a\0"s, "\xFF", "b", "2", "\x80", ""});
+    EXPECT_EQ(out.sends, (Sends{"nn", "\0\0\0\0"s, "ee", "\0\0\0\0"s, "mm", "\0\0\0\0"s, "mm",
+                                wire::int32(static_cast<std::int64_t>(map.size())), map}));
+}
+
+TEST(Encoding, PartialZeroAndFailedSends)
+{
+    MemoryOutput out;
+    out.answers = {2, 2, 0, 0, 1, 1}; // version, code in pieces with waits between
+    out.beginCommand(Merrow::code("ST"));
+    out.endCommand();
+    EXPECT_EQ(out.bytes(), wire::message("ST")) << "the CRC covers each byte once";
+
+    MemoryOutput failing;
+    failing.answers = {-1};
+    failing.writeBytes("abcdef", 6);
+    EXPECT_TRUE(failing.sends.empty()) << "sending stops, nothing is raised";
+}
+
+TEST(Encoding, SecondCommandOnTheSameEncoderStartsAfresh)
+{
+    MemoryOutput out;
+    for (int i = 0; i < 2; ++i) {
+        out.beginCommand(Merrow::code("ST"));
+        out.endCommand();
+    }
+    EXPECT_EQ(out.bytes(), wire::message("ST") + wire::message("ST"));
+}
+
+TEST(Crc, EqualsTheDefinitionOnEveryLengthAndAlignment)
+{
+    std::string bytes;
+    for (int i = 0; i < 400; ++i) {
+        bytes += static_cast<char>(i * 131 + (i >> 3));
+    }
+    for (std::size_t start = 0; start < 17; ++start) {
+        for (std::size_t length = 0; start + length <= bytes.size(); ++length) {
+            const std::string_view piece = std::string_view(bytes).substr(start, length);
+            ASSERT_EQ(~Merrow::updateCrc(Merrow::crcStart, piece.data(), length), wire::crc(piece))
+                << start << "+" << length;
+        }
+    }
+}
+
+TEST(Decoding, ValuesArriveByteByByte)
+{
+    const std::string bytes = wire::shortInt(0xCEDE) + wire::int32(-5) + wire::int64(INT64_MIN) +
+                              wire::float64(-0.15625) + "\2\0"s + "text" + wire::sequence({"", "b"}) +
+                              wire::sequence({"k", "1", "a\0b"s, "x", "k", "2"});
+    MemoryInput in(bytes, 1);
+    EXPECT_EQ(in.readShort(), 0xCEDE);
+    EXPECT_EQ(in.readInt(), -5);
+    EXPECT_EQ(in.readLong(), INT64_MIN);
+    EXPECT_EQ(in.readDouble(), -0.15625);
+    EXPECT_TRUE(in.readBool());
+    EXPECT_FALSE(in.readBool());
+    EXPECT_EQ(in.readString(0), "");
+    EXPECT_EQ(in.readString(4), "text");
+    EXPECT_EQ(in.readStringArray(9), (std::vector<std::string>{"", "b"}));
+    EXPECT_EQ(in.readStringMap(32), (std::map<std::string, std::string>{{"a\0b"s, "x"}, {"k", "2"}}));
+    EXPECT_TRUE(in.rest.empty());
+}
+
+TEST(Decoding, ArraysMustEndExactlyMapsMayOverrun)
+{
+    const auto readArray = [](std::int32_t total) {
+        MemoryInput in(std::string_view("\0\0\0\4abcd\0\0\0\0", 12));
+        return failureOf([&] { in.readStringArray(total); });
+    };
+    EXPECT_EQ(readArray(8), "no failure");
+    EXPECT_EQ(readArray(7), "Length of string array mismatch");
+    EXPECT_EQ(readArray(9), "Length of string array mismatch") << "a second element is read first";
+    EXPECT_EQ(readArray(-1), "Length of string array mismatch");
+
+    const std::string two = wire::sequence({"a", "1", "b", "2"});
+    MemoryInput in(two);
+    EXPECT_EQ(in.readStringMap(-3).size(), 0u);
+    EXPECT_EQ(in.readStringMap(13).size(), 2u) << "three bytes over the first entry read a whole second one";
+}
+
+TEST(Decoding, FrameFailuresNameWhatWasRead)
+{
+    const auto readFrame = [](std::string bytes) {
+        MemoryInput in(bytes);
+        const std::string failure = failureOf([&] {
+            in.beginReply();
+            in.readTag();
+            in.endReply();
+        });
+        return failure + "|" + std::to_string(in.rest.size());
+    };
+    const std::string good = wire::message("SD");
+    EXPECT_EQ(readFrame(good), "no failure|0");
+    EXPECT_EQ(readFrame("\0\10"s + good.substr(2)), "Version mismatch 0x8 != 7|8") << "two bytes were consumed";
+    EXPECT_EQ(readFrame("\1\7"s + good.substr(2)), "Version mismatch 0x107 != 7|8");
+    std::string bad = good;
+    bad.back() = static_cast<char>(bad.back() ^ 1);
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "CRC mismatch: Got 0x%x, expected 0x%x|0",
+                  wire::crc(good.substr(0, 6)) ^ 1, wire::crc(good.substr(0, 6)));
+    EXPECT_EQ(readFrame(bad), expected);
+}
+
+TEST(Decoding, NegativeLengthsAndBrokenConnectionsEndTheRead)
+{
+    MemoryInput negative("abc");
+    EXPECT_EQ(failureOf([&] { negative.readString(-1); }), "Insufficient memory available");
+    EXPECT_EQ(negative.rest, "abc");
+
+    MemoryInput broken("\1\2\3");
+    char buffer[8] = {};
+    EXPECT_EQ(broken.readFully(buffer, 8), 3);
+    EXPECT_EQ(broken.readFully(buffer, 8), 0) << "nothing more is asked of a broken connection";
+    EXPECT_EQ(broken.readShort(), 0xFFFF);
+    EXPECT_TRUE(broken.readStringMap(INT32_MAX).empty()) << "no count of entries that never came is walked through";
+    EXPECT_EQ(broken.readString(INT32_MAX), "") << "a text that never came costs no copy of its length";
+}

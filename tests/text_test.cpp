@@ -1,0 +1,109 @@
+// What breaks when texts are converted, split, joined or encoded.
+#include "platform/Platform.h"
+#include "text/Conversion.h"
+#include "text/Decimal.h"
+#include "text/EnvelopeConfig.h"
+#include "text/Lists.h"
+
+#include <gtest/gtest.h>
+
+using namespace std::string_literals;
+using Pieces = std::vector<std::string>;
+
+static WideText units(std::u16string_view text)
+{
+    return WideText(text.begin(), text.end());
+}
+
+TEST(Conversion, WellFormedTextsBothWays)
+{
+    const std::string utf8 = "a\xC3\x84\xE2\x82\xAC\xF0\x9F\x94\x92z";
+    const WideText utf16 = units(u"a\u00C4\u20AC\U0001F512z");
+    EXPECT_EQ(Text::wideToUtf8(utf16), utf8);
+    EXPECT_EQ(Text::wideToUtf8(WideView()), "");
+    EXPECT_EQ(Text::wideToUtf8(static_cast<const WideChar*>(nullptr)), "");
+    WideChar buffer[16];
+    std::fill(std::begin(buffer), std::end(buffer), WideChar('~'));
+    Text::utf8IntoWide(utf8.c_str(), buffer);
+    EXPECT_EQ(WideText(buffer), utf16);
+    EXPECT_EQ(buffer[utf16.size() + 1], WideChar('~')) << "nothing behind the terminator";
+    WideChar* empty = Text::utf8ToTaskMemWide("");
+    EXPECT_EQ(empty[0], 0);
+    Platform::releaseTaskMemory(empty);
+}
+
+TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
+{
+    const auto widened = [](const std::string& text) {
+        std::vector<WideChar> buffer(text.size() + 1);
+        Text::utf8IntoWide(text.c_str(), buffer.data());
+        return WideText(buffer.data());
+    };
+    for (const char* bad : {"\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF"}) {
+        const WideText result = widened("<"s + bad + ">");
+        ASSERT_GE(result.size(), 3u) << bad;
+        EXPECT_EQ(result.front(), WideChar('<'));
+        EXPECT_EQ(result.back(), WideChar('>'));
+        EXPECT_EQ(result.substr(1, result.size() - 2), WideText(result.size() - 2, WideChar(0xFFFD)));
+    }
+    EXPECT_EQ(widened("\xE2\x82"), units(u"\uFFFD")) << "a text that ends in the middle of a character";
+    EXPECT_EQ(Text::wideToUtf8(units(u"\xD800<\xDC00")), "\xEF\xBF\xBD<\xEF\xBF\xBD");
+}
+
+TEST(Lists, TheTwoSplitsDiffer)
+{
+    EXPECT_EQ(Text::splitAny("a;;b;", ";"), (Pieces{"a", "", "b", ""}));
+    EXPECT_EQ(Text::splitAny("", ";"), Pieces{""});
+    EXPECT_EQ(Text::splitAny("a.b,c", ".,"), (Pieces{"a", "b", "c"}));
+    EXPECT_EQ(Text::splitAny("a;b", ""), Pieces{"a;b"});
+    EXPECT_EQ(Text::splitAtText("72&105", "&"), (Pieces{"72", "105"}));
+    EXPECT_EQ(Text::splitAtText("72&105&", "&"), (Pieces{"72", "105"}));
+    EXPECT_EQ(Text::splitAtText("&&1", "&"), (Pieces{"", "", "1"}));
+    EXPECT_EQ(Text::splitAtText("72", "&"), Pieces{});
+    Text::JoinedList list("{plugin_delimiter}");
+    list.append("");
+    EXPECT_EQ(list.text(), "");
+    list.append("b");
+    EXPECT_EQ(list.text(), "{plugin_delimiter}b") << "an empty first item counts";
+}
+
+TEST(Decimal, ReadsWhatItCanAndSaturates)
+{
+    EXPECT_EQ(Text::decimal<std::int32_t>(" \t-3"), -3);
+    EXPECT_EQ(Text::decimal<std::int32_t>("+12abc"), 12);
+    EXPECT_EQ(Text::decimal<std::int32_t>("abc"), 0);
+    EXPECT_EQ(Text::decimal<std::int32_t>("99999999999"), INT32_MAX);
+    EXPECT_EQ(Text::decimal<std::int64_t>("-99999999999999999999"), INT64_MIN);
+    EXPECT_EQ(Text::decimal<std::int64_t>("1300000000000"), 1300000000000);
+}
+
+TEST(EnvelopeConfig, EncodesEveryByteAndDecodesWhatItEncoded)
+{
+    std::string text = "A&\xC3\xA9";
+    EXPECT_EQ(Text::encodeCharCodes(text), "65&38&-61&-87&");
+    EXPECT_EQ(text, "");
+
+    const Text::ConfigMap map{{"b", "2\xE9"}, {"a", "1"}};
+    std::string plain = Text::formatConfigMap(map);
+    EXPECT_EQ(plain, "a: 1; b: 2\xE9; ");
+    const std::string encoded = Text::encodeCharCodes(plain);
+    EXPECT_EQ(encoded, "97&58&32&49&59&32&98&58&32&50&-23&59&32&");
+    EXPECT_EQ(Text::decodeConfigMap(encoded), map);
+}
+
+TEST(EnvelopeConfig, DecodingLeavesOutWhatIsNoPair)
+{
+    const auto decode = [](std::string text) { return Text::decodeConfigMap(Text::encodeCharCodes(text)); };
+    EXPECT_EQ(decode("k: v"), Text::ConfigMap{}) << "a lone pair without its separator";
+    EXPECT_EQ(decode("k: v; "), (Text::ConfigMap{{"k", "v"}}));
+    EXPECT_EQ(decode("k: v; none; a: b: c; e: ; k: w"), (Text::ConfigMap{{"k", "w"}}));
+    EXPECT_EQ(Text::decodeConfigMap("363&58&32&118&59&32&"), (Text::ConfigMap{{"k", "v"}})) << "low 8 bits count";
+    EXPECT_EQ(Text::decodeConfigMap("72"), Text::ConfigMap{});
+}
+
+TEST(EnvelopeConfig, WideFormInKeyOrder)
+{
+    WideChar buffer[64];
+    Text::formatConfigMapWide({{"b", "\xF0\x9F\x94\x92"}, {"a", "1\0hidden"s}}, buffer);
+    EXPECT_EQ(WideText(buffer), units(u"a: 1; b: \U0001F512; "));
+}
