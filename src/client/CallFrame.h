@@ -43,8 +43,8 @@ void logFailure(const Merrow::CommandException& exception) noexcept;
 template <class Result, class Body>
 Result runCall(const Frame<Result>& frame, char* logBuffer, Body body) noexcept
 {
-    // The run-time clears the system's last error number when a thread meets its first exception: this meets it early.
-    static_cast<void>(std::uncaught_exceptions());
+    // The run-time clears the system's last error number when a thread first asks about exceptions: it does so here.
+    [[maybe_unused]] const volatile int exceptions = std::uncaught_exceptions();
     operationLog().clear();
     Call<Result> call{.result = frame.initial, .copiesLog = frame.copiesLog};
     try {

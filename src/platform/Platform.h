@@ -24,9 +24,10 @@ std::int32_t createSocket();
 // when the connection was refused.
 bool connectToLoopback(std::int32_t socket, std::uint16_t port);
 
-// One send or receive, blocking. Returns the bytes moved, 0 when the peer has closed the connection in an orderly way
+// One send or receive, blocking. What is sent has left when the next receive waits, or the socket is closed; it may
+// leave at once. Returns the bytes moved, 0 when the peer has closed the connection in an orderly way
 // (receiving alone), or -1. A signal neither ends the call nor is raised by it. A connection that was reset answers -1
-// to every call.
+// to every receive.
 std::int32_t sendBytes(std::int32_t socket, const void* bytes, std::int32_t count);
 std::int32_t receiveBytes(std::int32_t socket, void* bytes, std::int32_t count);
 

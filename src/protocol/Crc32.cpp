@@ -41,6 +41,8 @@ std::uint32_t updateCrc(std::uint32_t crcRegister, const char* bytes, std::size_
     const auto* next = reinterpret_cast<const unsigned char*>(bytes);
     for (; count >= stride; count -= stride, next += stride) {
         std::uint32_t sum = 0;
+        // Unrolled, the lookups of a round run side by side; as a loop they take twice the time.
+#pragma GCC unroll 16
         for (std::size_t i = 0; i < stride; ++i) {
             const std::uint32_t mixed = i < 4 ? crcRegister >> 8 * i & 0xFF : 0;
             sum ^= tables[stride - 1 - i][next[i] ^ mixed];

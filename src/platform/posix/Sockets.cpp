@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "platform/posix/Outbox.h"
 
 #include <cerrno>
 #include <cstring>
@@ -58,13 +59,11 @@ bool connectToLoopback(std::int32_t socket, std::uint16_t port)
     return true;
 }
 
+static Outbox outbox;
+
 std::int32_t sendBytes(std::int32_t socket, const void* bytes, std::int32_t count)
 {
-    ssize_t sent = 0;
-    do {
-        sent = send(socket, bytes, static_cast<std::size_t>(count), MSG_NOSIGNAL);
-    } while (sent < 0 && errno == EINTR);
-    return static_cast<std::int32_t>(sent);
+    return outbox.send(socket, static_cast<const char*>(bytes), count);
 }
 
 // Linux tells of a reset once and then speaks of an orderly end. Winsock keeps telling, and so do we.
@@ -77,6 +76,7 @@ static bool wasReset(int socket)
 
 std::int32_t receiveBytes(std::int32_t socket, void* bytes, std::int32_t count)
 {
+    outbox.release();
     ssize_t received = 0;
     do {
         received = recv(socket, bytes, static_cast<std::size_t>(count), 0);
@@ -90,6 +90,7 @@ std::int32_t receiveBytes(std::int32_t socket, void* bytes, std::int32_t count)
 
 void closeSocket(std::int32_t socket)
 {
+    outbox.release();
     close(socket);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/Platform.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
@@ -95,6 +96,18 @@ void encode(char32_t value, Encoded<char>& out)
     }
 }
 
+// How many characters at the front stand for themselves: most texts are ASCII for long stretches.
+template <class Unit>
+std::size_t asciiPrefix(std::basic_string_view<Unit> text, std::size_t most)
+{
+    const std::size_t end = std::min(text.size(), most);
+    std::size_t count = 0;
+    while (count < end && static_cast<std::make_unsigned_t<Unit>>(text[count]) < 0x80) {
+        ++count;
+    }
+    return count;
+}
+
 template <class From, class To>
 std::int32_t convert(const From* text, std::int32_t count, To* out, std::int32_t capacity)
 {
@@ -104,6 +117,16 @@ std::int32_t convert(const From* text, std::int32_t count, To* out, std::int32_t
     std::int64_t written = 0;
     Encoded<To> next{};
     while (!rest.empty()) {
+        const std::size_t ascii =
+            asciiPrefix(rest, capacity > 0 ? static_cast<std::size_t>(capacity - written) : SIZE_MAX);
+        if (ascii > 0) {
+            if (capacity > 0) {
+                std::copy_n(rest.begin(), ascii, out + written);
+            }
+            rest.remove_prefix(ascii);
+            written += static_cast<std::int64_t>(ascii);
+            continue;
+        }
         encode(takeCodePoint(rest), next);
         if (capacity > 0) {
             if (written + static_cast<std::int64_t>(next.count) > capacity) {
