@@ -9,3 +9,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
+
+# Wine runs what is built for tests.
+find_program(TARN_WINE wine)
+if(TARN_WINE)
+  set(CMAKE_CROSSCOMPILING_EMULATOR "${TARN_WINE}")
+endif()

@@ -40,12 +40,16 @@ TEST(PlatformSockets, BytesBothWaysAndAnOrderlyEnd)
 {
     Connection connection;
     EXPECT_EQ(Platform::sendBytes(connection.ours, "abc", 3), 3);
-    std::string received;
-    sockets::receiveSome(connection.theirs, received, 2000ms);
-    EXPECT_EQ(received, "abc");
+    const std::string large(100'000, 'l');
+    EXPECT_EQ(Platform::sendBytes(connection.ours, large.data(), 100'000), 100'000);
+    EXPECT_EQ(Platform::sendBytes(connection.ours, "d", 1), 1);
     sockets::sendAll(connection.theirs, "xy");
     char buffer[8];
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), 2);
+    std::string received;
+    while (received.size() < 100'004 && sockets::receiveSome(connection.theirs, received, 500ms)) {
+    }
+    EXPECT_TRUE(received == "abc" + large + "d") << "in their order, and all of it once a reply is awaited";
     EXPECT_EQ(std::string(buffer, 2), "xy");
     sockets::close(connection.theirs);
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), 0);
@@ -70,12 +74,10 @@ TEST(PlatformSockets, RefusedAndResetConnectionsAreToldNotRaised)
     sockets::reset(connection.theirs);
     char buffer[8];
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1);
-    std::int32_t sent = 0;
-    for (int i = 0; i < 3; ++i) {
-        sent = Platform::sendBytes(connection.ours, "abc", 3);
-    }
-    EXPECT_EQ(sent, -1) << "and no signal ends the process";
-#ifndef _WIN32
+    const std::string large(100'000, 'l');
+    Platform::sendBytes(connection.ours, "abc", 3);
+    EXPECT_EQ(Platform::sendBytes(connection.ours, large.data(), 100'000), -1) << "and no signal ends the process";
+#ifndef _WIN32 // Wine tells of a reset once, and then of an orderly end
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1) << "a reset keeps being told";
 #endif
     Platform::cleanUpSockets();

@@ -3,6 +3,7 @@
 // The tests' own sockets, alike on both systems.
 #ifdef _WIN32
 #include <winsock2.h>
+#include <ws2tcpip.h>
 #else
 #include <netinet/in.h>
 #include <netinet/tcp.h>

@@ -1,0 +1,119 @@
+// What breaks in the frame that every export runs in: connection, log, failures.
+#include "support/ExportTest.h"
+
+using namespace wire;
+
+TEST_F(ExportTest, OneConnectionForAllCallsUntilStop)
+{
+    for (int i = 0; i < 3; ++i) {
+        learnVersion();
+    }
+    EXPECT_EQ(daemon.connections(), 1u);
+    daemon.play(message("SD", {{"st", shortInt(5)}, {"em", "busy"}}));
+    EXPECT_EQ(StopTarnDaemon(log), 0);
+    EXPECT_EQ(lines(), (Lines{"Got socket: #", "Starting RemoteStopDaemon...", "Executing daemon stop command...",
+                              "Status code: 5", "Status message: \nbusy"}))
+        << "and nothing of the calls before";
+    learnVersion();
+    EXPECT_EQ(daemon.connections(), 2u) << "a stop closes the connection whatever its status";
+}
+
+TEST_F(ExportTest, SeveralRepliesInOnePacketAndOneReplyInMany)
+{
+    const std::string reply = message("ST", {{"st", shortInt(0)}, {"v ", "1"}, {"bn", int32(2)}});
+    daemon.play(reply + reply);
+    Output<char> version;
+    EXPECT_EQ(GetTarnVersion(version, log), 0);
+    EXPECT_EQ(GetTarnVersion(version, log), 0) << "nothing was read ahead and lost";
+    daemon.play(reply, {.packet = 1});
+    EXPECT_EQ(GetTarnVersion(version, log), 0);
+    EXPECT_EQ(version.text(), "1-2");
+}
+
+TEST_F(ExportTest, BadRepliesEndInTheCatchAllAndKeepTheConnection)
+{
+    const std::string good = message("ST", {{"st", shortInt(0)}});
+    std::string badCrc = good;
+    badCrc.back() = static_cast<char>(badCrc.back() ^ 0x40);
+    daemon.play(badCrc);
+    Output<char> version;
+    EXPECT_EQ(GetTarnVersion(version, log), -1) << "a status whose reply then fails does not count";
+    EXPECT_EQ(failureLine(), unexpected);
+    EXPECT_TRUE(version.untouched());
+    daemon.play(good);
+    EXPECT_EQ(GetTarnVersion(version, log), 0);
+    EXPECT_EQ(daemon.connections(), 1u);
+    daemon.play(message("SD", {{"st", shortInt(0)}}).replace(1, 1, "\x8"));
+    EXPECT_EQ(StopTarnDaemon(log), 0);
+    EXPECT_EQ(failureLine(), unexpected);
+    daemon.play("");
+    EXPECT_EQ(GetTarnVersion(version, log), -1) << "the rest of the bad reply is still there: nothing was drained";
+    EXPECT_EQ(daemon.connections(), 1u) << "a failed stop closes nothing";
+}
+
+#ifndef _WIN32 // Wine tells of an orderly end where a connection is reset, and the call waits for ever, as it must then
+TEST_F(ExportTest, ResetConnectionFailsTheCallAndRaisesNoSignal)
+{
+    learnVersion();
+    daemon.play(message("ST", {{"st", shortInt(0)}, {"em", "long enough to be cut"}}), {.resetAfter = 20});
+    Output<char> version;
+    EXPECT_EQ(GetTarnVersion(version, log), -1);
+    EXPECT_EQ(failureLine(), unexpected);
+    EXPECT_EQ(GetTarnVersion(version, log), -1) << "a broken connection is not replaced, and fails at once";
+}
+#endif
+
+TEST(NoDaemon, EveryKindOfCallReturnsItsFailureValue)
+{
+    Output<char> log(TARN_LOG_SIZE);
+    Output<char> text;
+    Output<TarnWideChar> wideText;
+    std::int32_t sensitivity = 7;
+#ifdef _WIN32
+    const std::string number = "10061";
+#else
+    const std::string number = "111";
+#endif
+    const auto logEndsWith = [&](const std::string& end) { return log.text().ends_with(end + number + "\n"); };
+    const std::string unexpected = "] Unexpected exception occured. GetLastError() : ";
+    EXPECT_EQ(StopTarnDaemon(log), 0);
+    EXPECT_TRUE(logEndsWith(unexpected)) << "even the first failure of a process knows its error number: "
+                                         << log.text();
+    EXPECT_EQ(GetTarnVersion(text, log), -1);
+    EXPECT_TRUE(logEndsWith(unexpected));
+    EXPECT_EQ(AuthenticateUser("a", "b", nullptr, text, log), -1);
+    EXPECT_TRUE(logEndsWith("] Unknown exception occured, setting status to -1. GetLastError() : "));
+    EXPECT_EQ(VerifyLarchConfig("a", nullptr, log), -1);
+    EXPECT_EQ(
+        EncryptEnvelopeOnline("", "", "", "", "", "", nullptr, wideText, wideText, wideText, wideText, "", "0", log),
+        -1);
+    EXPECT_EQ(GetPayloadStatus("e", nullptr, "a", wideText, text, text, text, &sensitivity), -1);
+    EXPECT_EQ(sensitivity, -1);
+    EXPECT_TRUE(text.untouched() && wideText.untouched());
+}
+
+TEST(Start, NoProgramAtTheJavaPathIsLoggedAsTwo)
+{
+    Output<char> log(TARN_LOG_SIZE);
+    EXPECT_EQ(StartTarnDaemon("c:\\daemon files\\tarn.jar", log), 0);
+    EXPECT_NE(log.text().find("] Starting Tarn daemon, jarDaemon: c:\\daemon files\\tarn.jar\n"), std::string::npos);
+    EXPECT_TRUE(log.text().ends_with("] ShellExecute returned: 2\n")) << log.text();
+    EXPECT_EQ(StartTarnDaemon(nullptr, log), 0);
+}
+
+// The log's bound is the caller's to keep: what goes beyond it ends the process.
+TEST(LogBoundDeathTest, LogThatDoesNotFitEndsTheProcess)
+{
+#ifdef _WIN32
+    const testing::ExitedWithCode ended(static_cast<int>(0xC0000417)); // as the run-time ends it
+#else
+    const testing::KilledBySignal ended(SIGABRT);
+#endif
+    Output<char> log(TARN_LOG_SIZE);
+    StartTarnDaemon("", log);
+    const std::string longest(TARN_LOG_SIZE - 1 - log.text().size(), 'x');
+    StartTarnDaemon(longest.c_str(), log);
+    EXPECT_EQ(log.text().size(), static_cast<std::size_t>(TARN_LOG_SIZE - 1)) << "the last log that fits";
+    EXPECT_EXIT(StartTarnDaemon((longest + "x").c_str(), log), ended, "");
+    EXPECT_EXIT(StartTarnDaemon("x", nullptr), ended, "");
+}
