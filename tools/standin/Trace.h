@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Wire.h"
+
+#include <string_view>
+
+namespace standin {
+
+// Prints requests and replies to standard output, a line for each parameter. Secrets are masked.
+class Trace
+{
+public:
+    explicit Trace(bool on) : on_(on) {}
+
+    void request(int connection, const Message& message) { print(connection, "->", message); }
+    void reply(int connection, const Message& message) { print(connection, "<-", message); }
+
+private:
+    void print(int connection, std::string_view direction, const Message& message);
+
+    bool on_;
+};
+
+} // namespace standin
