@@ -1,0 +1,184 @@
+using System;
+using System.Runtime.InteropServices;
+
+namespace Tarn
+{
+    /// <summary>
+    /// One tracking record as the library lays it out: 72 bytes in 32-bit and 64-bit processes alike, each text a
+    /// pointer in a slot of 8 bytes. The texts are UTF-16 in task memory, to be released by whoever owns the record.
+    /// </summary>
+    [StructLayout(LayoutKind.Explicit, Size = 72)]
+    public struct TarnRecipientEntry
+    {
+        /// <summary>When the message was sent.</summary>
+        [FieldOffset(0)] public long createDate;
+        /// <summary>When this recipient first opened it, 0 for never.</summary>
+        [FieldOffset(8)] public long firstOpenDate;
+        /// <summary>When this record last changed.</summary>
+        [FieldOffset(16)] public long lastModifiedDate;
+        /// <summary>From when on the message cannot be opened, 0 for never.</summary>
+        [FieldOffset(24)] public long expiryDate;
+        /// <summary>How often this recipient tried to open it.</summary>
+        [FieldOffset(32)] public int numTries;
+        /// <summary><see cref="TarnRemoteClient.FlagLocked"/> and others of the daemon's.</summary>
+        [FieldOffset(36)] public int flags;
+        /// <summary>The message's subject.</summary>
+        [FieldOffset(40)] public IntPtr subject;
+        /// <summary>The recipient's address.</summary>
+        [FieldOffset(48)] public IntPtr recipient;
+        /// <summary>The sender's status message for this recipient.</summary>
+        [FieldOffset(56)] public IntPtr statusMessage;
+        /// <summary>The message's id.</summary>
+        [FieldOffset(64)] public IntPtr messageId;
+    }
+
+    /// <summary>
+    /// The exports of TarnRemoteClient as they are; the header TarnRemoteClient.h describes each of them.
+    /// <see cref="TarnClient"/> is the comfortable way to the same functions.
+    /// </summary>
+    /// <remarks>
+    /// 8-bit texts are zero-terminated UTF-8 arrays (<see cref="Utf8.Encode"/>) and never strings, since strings would
+    /// be converted to the ANSI code page. Wide texts are UTF-16 on every system. Flags are single bytes. An
+    /// <see cref="IntPtr"/> named "...Out" or "log" is a buffer of the caller's that is written WITHOUT A BOUND; one
+    /// named log holds <see cref="LogSize"/> bytes, and a log that does not fit it ends the process.
+    /// One call at a time in the whole process.
+    /// </remarks>
+    public static class TarnRemoteClient
+    {
+        /// <summary>The size of a log buffer in bytes.</summary>
+        public const int LogSize = 32766;
+        /// <summary>Stands between the texts of a list that is returned as one text.</summary>
+        public const string ListDelimiter = "{plugin_delimiter}";
+        /// <summary>The bit of <see cref="TarnRecipientEntry.flags"/> for a locked record.</summary>
+        public const int FlagLocked = 2;
+
+        private const string Library = "TarnRemoteClient";
+        private const CallingConvention C = CallingConvention.Cdecl;
+
+#pragma warning disable 1591 // the header describes the functions
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern byte StartTarnDaemon([In] byte[] jarDaemon, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern byte StopTarnDaemon(IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetTarnVersion(IntPtr versionOut, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int AuthenticateUser([In] byte[] emailAddress, [In] byte[] password,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr resultOut, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int VerifyLarchConfig([In] byte[] sender,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int EncryptEnvelopeOnline([In] byte[] toList, [In] byte[] ccList, [In] byte[] bccList,
+            [In] byte[] from, [In] byte[] password, [In] byte[] mimeMessage,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr envelopeOut, IntPtr tbOut, IntPtr thOut,
+            IntPtr anOut, [In] byte[] encodedEnvelopeConfig, [In] byte[] loginFlag, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int DecryptEnvelope([In] byte[] password, [In] byte[] envelope,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] byte[] recipient, [In] byte[] sessionKey,
+            IntPtr configOut, byte keepOpen, IntPtr kuOut, IntPtr fromOut, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern uint GetNextDecryptedItemInfo(out uint nameSize, ref uint contentTypeLength,
+            out uint dataSize);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern uint GetNextDecryptedItem(ref uint flags, ref uint type, [In, Out] byte[] nameBuffer,
+            [In, Out] byte[] contentTypeBuffer, [In, Out] byte[] dataBuffer);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetPayloadStatus([In] byte[] envelope,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] byte[] recipientList, IntPtr statusTextsOut,
+            IntPtr enrollIdOut, IntPtr fromOut, IntPtr statusCodesOut, out int sensitivity);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetRecipients([In] byte[] envelope, IntPtr recipientsOut, ref uint sensitivity,
+            IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetLockExpireStatus([In] byte[] password, [In] byte[] envelope,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr recipientsOut, IntPtr lockStatusesOut,
+            IntPtr statusMessagesOut, IntPtr expiryDatesOut, IntPtr messageIdOut, ref uint recipientCount, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int SetLockExpireStatus([In] byte[] password, [In] byte[] envelope,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] IntPtr[] recipients, [In] int[] lockStatuses,
+            [In] IntPtr[] statusMessages, [In] long[] expiryDates, uint count, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetRecipientEntries([In] byte[] userName, [In] byte[] password,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, out IntPtr entries, uint startAt,
+            ref uint maxResults, out uint entryCount, out uint totalCount, [In] byte[] sortBy, byte ascending,
+            IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int SetRecipientEntries([In] byte[] password,
+            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] IntPtr[] fieldNames, [In] IntPtr[] fieldValues,
+            uint fieldCount, int lockStatus, [MarshalAs(UnmanagedType.LPWStr)] string statusMessage, long expiryDate,
+            IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int AddOrUpdateRemoteRecipientEntries([In, Out] TarnRecipientEntry[] entries,
+            ref uint count, ref TarnRecipientEntry record);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetKeyServerInfo([MarshalAs(UnmanagedType.LPWStr)] string configFile,
+            ref byte readByEnabled, ref byte expirationSupported, ref byte localizedTextEnabled, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetSupportedLocales([MarshalAs(UnmanagedType.LPWStr)] string configFile,
+            IntPtr localesOut, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetLocalizedMessageBody([MarshalAs(UnmanagedType.LPWStr)] string configFile,
+            [In] byte[] locale, IntPtr textBodyOut, IntPtr htmlBodyOut, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int GetEnrollParameters([In] byte[] emailAddress, [In] byte[] keyServer,
+            [MarshalAs(UnmanagedType.LPWStr)] string locale, ref int samlUser, ref int isOneClickUser,
+            ref int securityQuestionsNumber, ref int isSecurityQuestionsEditable, IntPtr localesOut,
+            IntPtr securityQuestionsOut, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        public static extern int UserEnroll([In] byte[] emailAddress, [In] byte[] keyServer,
+            [MarshalAs(UnmanagedType.LPWStr)] string firstName, [MarshalAs(UnmanagedType.LPWStr)] string lastName,
+            [MarshalAs(UnmanagedType.LPWStr)] string password, [MarshalAs(UnmanagedType.LPWStr)] string locale,
+            [In] byte[] enrollUuid, [In] byte[] senderEmailAddress, int isSimpleRegistration, int enrollmentStage,
+            [MarshalAs(UnmanagedType.LPWStr)] string personalPassPhrase,
+            [MarshalAs(UnmanagedType.LPWStr)] string securityQuestion1,
+            [MarshalAs(UnmanagedType.LPWStr)] string securityQuestion2,
+            [MarshalAs(UnmanagedType.LPWStr)] string securityQuestion3,
+            [MarshalAs(UnmanagedType.LPWStr)] string securityAnswer1,
+            [MarshalAs(UnmanagedType.LPWStr)] string securityAnswer2,
+            [MarshalAs(UnmanagedType.LPWStr)] string securityAnswer3,
+            int timeZone, [In] byte[] timeFormat, IntPtr resultOut, IntPtr log);
+#pragma warning restore 1591
+
+        /// <summary>
+        /// Releases an array that <see cref="GetRecipientEntries"/> returned, with the texts of its records. To be
+        /// called once for each array.
+        /// </summary>
+        public static void ReleaseRecipientEntries(IntPtr entries, uint entryCount)
+        {
+            int size = Marshal.SizeOf(typeof(TarnRecipientEntry));
+            for (uint i = 0; i < entryCount; ++i)
+                ReleaseTexts(Marshal.PtrToStructure<TarnRecipientEntry>(new IntPtr(entries.ToInt64() + i * size)));
+            Marshal.FreeCoTaskMem(entries);
+        }
+
+        /// <summary>Releases the four texts of a record that the caller owns.</summary>
+        public static void ReleaseTexts(TarnRecipientEntry record)
+        {
+            Marshal.FreeCoTaskMem(record.subject);
+            Marshal.FreeCoTaskMem(record.recipient);
+            Marshal.FreeCoTaskMem(record.statusMessage);
+            Marshal.FreeCoTaskMem(record.messageId);
+        }
+    }
+}
