@@ -1,0 +1,114 @@
+"""What is inside the installed binaries: symbols, imports, flags, version, debug information, paths."""
+import argparse
+import re
+import struct
+import subprocess
+import sys
+from pathlib import Path
+
+SYSTEM_DLLS = {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll", "ole32.dll", "SHELL32.dll", "USER32.dll", "WS2_32.dll"}
+SYSTEM_LIBRARIES = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "libstdc++.so.6", "ld-linux-x86-64.so.2"}
+VERSION = (7, 6, 1, 7)
+VERSION_TEXTS = {
+    "FileDescription": "Native client library of the secure-mail plug-in",
+    "FileVersion": "7.6.1.7",
+    "OriginalFilename": "TarnRemoteClient.dll",
+    "ProductName": "Tarn Remote Client",
+    "ProductVersion": "7.6.1.7",
+}
+failures = 0
+
+
+def check(what, condition, details=""):
+    global failures
+    failures += not condition
+    print(f"{'ok    ' if condition else 'FAILED'} {what}" + ("" if condition else f": {details}"))
+
+
+def check_equal(what, actual, expected):
+    check(what, actual == expected, f"{actual!r} instead of {expected!r}")
+
+
+def output(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def check_debug_file(file, objdump):
+    debug = file.with_name(file.name + ".debug")
+    sections = output(objdump, "-h", str(file))
+    check(f"{file.name}: debug information is in {debug.name} alone",
+          ".debug_info" not in sections and debug.exists() and ".debug_info" in output(objdump, "-h", str(debug)),
+          sections)
+    check(f"{file.name}: names its debug file", (debug.name + "\0").encode() in file.read_bytes(), "no link")
+
+
+def check_windows_file(file, bits):
+    """The properties that the library and the tools share."""
+    text = output("x86_64-w64-mingw32-objdump", "-p", str(file))
+    name = f"{file.name} ({bits} bits)"
+    check(f"{name}: machine", f"pei-{'x86-64' if bits == 64 else 'i386'}" in text, text.split("\n")[1])
+    imports = set(re.findall(r"DLL Name: (\S+)", text))
+    allowed = SYSTEM_DLLS | ({"TarnRemoteClient.dll"} if file.suffix == ".exe" else set())
+    check(f"{name}: imports {' '.join(sorted(imports))}", imports and imports <= allowed, imports - allowed)
+    wanted = {"DYNAMIC_BASE", "NX_COMPAT"} | ({"HIGH_ENTROPY_VA"} if bits == 64 else set())
+    flags = set(re.search(r"DllCharacteristics\s+\S+\n((?:\t+\w+\n)*)", text).group(1).split())
+    check(f"{name}: flags {' '.join(sorted(flags))}", wanted <= flags, wanted - flags)
+    relocations = re.search(r"Entry 5 \S+ (\S+) Base Relocation", text)
+    check(f"{name}: can be relocated", int(relocations.group(1), 16) > 0, "no relocations")
+    return text
+
+
+def check_dll(file, bits, exports):
+    text = check_windows_file(file, bits)
+    table = text[text.index("[Ordinal/Name Pointer] Table"):]
+    names = re.findall(r"^\s*\[\s*\d+\] (\S+)$", table, re.MULTILINE)
+    check_equal(f"{file.name} ({bits} bits): exports the {len(exports)} names", sorted(names), exports)
+    data = file.read_bytes()
+    numbers = re.search(rb"\xbd\x04\xef\xfe....(.{8})(.{8})", data, re.DOTALL)
+    for index, label in ((1, "file"), (2, "product")):
+        parts = numbers and struct.unpack("<4H", numbers.group(index))
+        check_equal(f"{file.name} ({bits} bits): {label} version",
+                    parts and (parts[1], parts[0], parts[3], parts[2]), VERSION)
+    for key, expected in VERSION_TEXTS.items():
+        found = re.search(re.escape((key + "\0").encode("utf-16-le")) + rb"(?:\0\0)?((?:[^\0]\0)+)\0\0", data)
+        check_equal(f"{file.name} ({bits} bits): {key}", found and found.group(1).decode("utf-16-le"), expected)
+    check_debug_file(file, "x86_64-w64-mingw32-objdump")
+
+
+def check_shared_object(file, exports):
+    names = [line.split()[-1] for line in output("nm", "-D", "--defined-only", str(file)).splitlines()]
+    check_equal(f"{file.name}: exports the {len(exports)} names", sorted(names), exports)
+    dynamic = output("readelf", "-dW", str(file))
+    check_equal(f"{file.name}: SONAME", re.findall(r"soname: \[(.*)\]", dynamic), ["libTarnRemoteClient.so.7"])
+    needed = set(re.findall(r"\(NEEDED\).*\[(.*)\]", dynamic))
+    check(f"{file.name}: needs {' '.join(sorted(needed))}", needed <= SYSTEM_LIBRARIES, needed - SYSTEM_LIBRARIES)
+    check_debug_file(file, "objdump")
+
+
+def check_paths(prefix, paths):
+    files = [file for file in sorted(prefix.rglob("*")) if file.is_file()]
+    found = [f"{file.relative_to(prefix)} has {path}" for file in files for path in paths
+             if str(path).encode() in file.read_bytes()]
+    check(f"{prefix.name}: no path of the build in {len(files)} files", files and not found, found)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("linux", type=Path, help="where the Linux build is installed")
+    parser.add_argument("x64", type=Path, help="where the 64-bit Windows build is installed")
+    parser.add_argument("x86", type=Path, help="where the 32-bit Windows build is installed")
+    parser.add_argument("builds", type=Path, nargs="+", help="the folders that they were built in")
+    arguments = parser.parse_args()
+    root = Path(__file__).resolve().parents[2]
+    exports = sorted((root / "src/TarnRemoteClient.exports").read_text().split())
+    check_shared_object((arguments.linux / "lib/libTarnRemoteClient.so").resolve(), exports)
+    for prefix, bits in ((arguments.x64, 64), (arguments.x86, 32)):
+        check_dll(prefix / "bin/TarnRemoteClient.dll", bits, exports)
+        for tool in prefix.glob("bin/*.exe"):
+            check_windows_file(tool, bits)
+    for prefix in (arguments.linux, arguments.x64, arguments.x86):
+        check_paths(prefix, [root, *(build.resolve() for build in arguments.builds)])
+    sys.exit(failures > 0)
+
+
+main()
