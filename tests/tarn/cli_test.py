@@ -1,0 +1,507 @@
+#!/usr/bin/env python3
+"""The command-line client end to end, against the stand-in daemon.
+
+TARN and TARN_STANDIN name the two programs. Everything runs without a terminal, but for the tests that make one.
+"""
+import base64
+import json
+import os
+import pty
+import resource
+import select
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+PORT = 53007
+TIME_LIMIT = 60
+ALICE, BOB, CAROL = "alice@example.com", "bob@example.com", "carol@example.com"
+PASSWORDS = {ALICE: "wonderland", BOB: "builder", CAROL: "caravan"}
+EVERY_BYTE = bytes(range(256)) * 40
+
+
+def listens():
+    with socket.socket() as probe:
+        probe.settimeout(1)
+        return probe.connect_ex(("127.0.0.1", PORT)) == 0
+
+
+class Daemon:
+    def __init__(self, program):
+        if listens():
+            raise RuntimeError(f"port {PORT} is taken: end what listens there first")
+        self.errors = tempfile.TemporaryFile()
+        self.process = subprocess.Popen([program], stdout=subprocess.DEVNULL, stderr=self.errors)
+        deadline = time.monotonic() + 10
+        while not listens():
+            if self.process.poll() is not None or time.monotonic() > deadline:
+                self.process.kill()
+                self.process.wait(TIME_LIMIT)
+                self.errors.seek(0)
+                raise RuntimeError("the stand-in daemon does not listen: " + self.errors.read().decode())
+            time.sleep(0.05)
+
+    def end(self):
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.wait(TIME_LIMIT)
+        self.errors.close()
+
+
+def mail(*attachments):
+    """A message with a text and attachments, each a pair of a name and its bytes."""
+    lines = ["From: alice@example.com", "To: bob@example.com", "Subject: =?utf-8?Q?Gr=C3=BC=C3=9Fe?=",
+             "MIME-Version: 1.0", 'Content-Type: multipart/mixed; boundary="=-b"', "",
+             "--=-b", "Content-Type: text/plain; charset=utf-8", "", "Hello Bob"]
+    for name, data in attachments:
+        quoted = name.replace("\\", "\\\\").replace('"', '\\"')
+        lines += ["--=-b", "Content-Type: application/octet-stream",
+                  f'Content-Disposition: attachment; filename="{quoted}"',
+                  "Content-Transfer-Encoding: base64", "", base64.encodebytes(data).decode().rstrip("\n")]
+    return "\n".join(lines + ["--=-b--", ""])
+
+
+class TarnTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="tarn-test-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def tarn(self, *arguments, user=None, code=0, env=None, text=None, **options):
+        """Runs tarn without a terminal, checks its exit code and returns standard output and error."""
+        environment = {key: value for key, value in os.environ.items() if not key.startswith("TARN_")}
+        environment |= {"TARN_PASSWORD": PASSWORDS[user]} if user else {}
+        environment |= env or {}
+        result = subprocess.run([os.environ["TARN"], *map(str, arguments)], env=environment, cwd=self.folder,
+                                input=text, stdin=None if text is not None else subprocess.DEVNULL,
+                                capture_output=True, encoding="utf-8", timeout=TIME_LIMIT, start_new_session=True,
+                                **options)
+        self.assertEqual(result.returncode, code, f"{arguments}\n{result.stdout}\n{result.stderr}")
+        return result.stdout, result.stderr
+
+    def json(self, *arguments, **options):
+        return json.loads(self.tarn(*arguments, "--json", **options)[0])
+
+    def file(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def envelope(self, *attachments, to=(BOB,), name="letter.env"):
+        self.file("letter.eml", mail(*attachments))
+        self.tarn("encrypt", "letter.eml", "--from", ALICE, *(f"--to={address}" for address in to), "--out", name,
+                  "--force", user=ALICE)
+        return self.folder / name
+
+    def at_terminal(self, arguments, answers):
+        """Runs tarn at a terminal of its own, answers its questions one by one and returns what the terminal shows."""
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.environ.pop("TARN_PASSWORD", None)
+            os.execv(os.environ["TARN"], [os.environ["TARN"], *map(str, arguments)])
+        shown = b""
+        answers = list(answers)
+        deadline = time.monotonic() + TIME_LIMIT
+        try:
+            while time.monotonic() < deadline:
+                if not select.select([terminal], [], [], 1)[0]:
+                    continue
+                try:
+                    chunk = os.read(terminal, 4096)
+                except OSError:
+                    break
+                if not chunk:
+                    break
+                shown += chunk
+                if answers and shown.decode(errors="replace").endswith(answers[0][0]):
+                    os.write(terminal, answers.pop(0)[1].encode())
+            else:
+                os.kill(pid, signal.SIGKILL)
+        finally:
+            os.close(terminal)
+            code = os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1])
+        return code, shown.decode(), answers
+
+    def assertNothingLeft(self, folder=None):
+        left = [path.name for path in (folder or self.folder).rglob("*") if path.name.startswith(".tarn-")]
+        self.assertEqual(left, [])
+
+
+class WithDaemon(TarnTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.daemon = Daemon(os.environ["TARN_STANDIN"])
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.daemon.end()
+
+    def test_version_and_login(self):
+        version = self.json("version")
+        self.assertEqual(version["status"], 0)
+        self.assertRegex(version["daemonVersion"], r"^\d+(\.\d+)+-\d+$")
+        _, log = self.tarn("--log", "login", ALICE, user=ALICE)
+        self.assertIn("[TarnRemoteClient:", log)
+        self.assertIn("Status code: 0", log)
+        self.assertNotIn(PASSWORDS[ALICE], log)
+
+        password_file = self.file("password", PASSWORDS[ALICE] + "\r\nsecond line\n")
+        self.tarn("login", ALICE, "--password-file", password_file, env={"TARN_PASSWORD": "wrong"})
+        refused = self.json("login", ALICE, env={"TARN_PASSWORD": "wrong"}, code=1)
+        self.assertEqual(refused["status"], 2)
+        _, error = self.tarn("login", ALICE, env={"TARN_PASSWORD": "wrong"}, code=1)
+        self.assertIn("status 2: " + refused["message"], error)
+        unknown = self.json("login", "new@example.com", env={"TARN_PASSWORD": "x"}, code=1)
+        self.assertEqual(unknown["status"], 25)
+        self.assertIn("http", unknown["text"])
+
+    def test_no_terminal_and_no_password_is_an_error(self):
+        _, error = self.tarn("login", ALICE, code=2)
+        self.assertIn("TARN_PASSWORD", error)
+
+    def test_verify(self):
+        good = self.file("gut \u00fc.properties", "hostname=127.0.0.1\nkeyserver.host=127.0.0.1\n")
+        self.tarn("verify", ALICE, "--config", good.name)  # relative to tarn's folder, not to the daemon's
+        bad = self.json("verify", ALICE, "--config", "missing.properties", code=1)
+        self.assertIn("missing.properties", bad["message"])
+        self.assertIn(str(self.folder), bad["message"])
+
+    def test_round_trip(self):
+        envelope = self.envelope(("every byte.bin", EVERY_BYTE), ("empty.bin", b""), ("\u00fc\U0001F600.bin", b"x"))
+        self.assertEqual(self.tarn("recipients", envelope)[0], BOB + "\n")
+        result = self.json("decrypt", envelope, "--out", "new/parts", "--recipient", BOB, "--save-config", "saved",
+                           "--keep-open", user=BOB)
+        parts = self.folder / "new/parts"
+        self.assertEqual((parts / "every byte.bin").read_bytes(), EVERY_BYTE)
+        self.assertEqual((parts / "empty.bin").read_bytes(), b"")
+        self.assertEqual((parts / "\u00fc\U0001F600.bin").read_bytes(), b"x")
+        self.assertEqual({item["file"] for item in result["items"]}, {path.name for path in parts.iterdir()})
+        self.assertEqual(len(result["items"]), 4)
+        self.assertEqual(result["from"], ALICE)
+
+        # The session key opens it again, and the saved configuration makes a reply without a login.
+        self.tarn("decrypt", envelope, "--out", "again", "--recipient", BOB, "--session-key", result["key"])
+        reply, _ = self.tarn("encrypt", "-", "--from", BOB, "--to", ALICE, "--envelope-config", "saved", text=mail())
+        self.file("reply.env", reply)
+        self.tarn("decrypt", "-", "--out", "reply", "--recipient", ALICE, user=ALICE, text=reply)
+        self.assertIn("configuration", self.tarn("encrypt", "letter.eml", "--from", BOB, "--to", ALICE,
+                                                 "--envelope-config", "reply.env", code=2)[1])
+        self.assertNothingLeft()
+
+    def test_encrypt_writes_all_outputs_or_json(self):
+        self.file("letter.eml", mail())
+        arguments = ("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--cc", CAROL, "--bcc", ALICE)
+        self.tarn(*arguments, "--out", "e", "--text", "t", "--html", "h", user=ALICE)
+        self.assertIn("<html", (self.folder / "h").read_text().lower())
+        self.assertTrue((self.folder / "t").read_text().strip())
+        whole = self.json(*arguments, user=ALICE)
+        self.assertTrue(whole["envelope"] and whole["textBody"] and whole["htmlBody"] and whole["attachmentName"])
+        self.assertEqual(self.json("recipients", "e")["recipients"], [BOB, CAROL])
+        self.assertIn("tarn login", self.tarn(*arguments, env={"TARN_PASSWORD": "wrong"}, code=1)[1])
+
+    def test_malicious_names_stay_in_the_folder(self):
+        names = ["../up.bin", "..\\..\\up.bin", "/etc/evil", "C:\\Windows\\evil", "C:evil", "..", ".hidden", "-rf",
+                 "CON", "nul.txt", "COM1.log", "trailing. . ", "tab\there", "a:stream", "\u202egnp.exe",
+                 "x" * 300 + ".bin", "SAME.bin", "same.bin", "same.bin", "   "]
+        envelope = self.envelope(*((name, str(number).encode()) for number, name in enumerate(names)))
+        before = set(self.folder.rglob("*"))
+        result = self.json("decrypt", envelope, "--out", "parts", "--recipient", BOB, user=BOB)
+        parts = self.folder / "parts"
+        written = sorted(path.name for path in parts.rglob("*"))
+        self.assertEqual(set(self.folder.rglob("*")) - before, {parts} | {parts / name for name in written})
+        self.assertEqual(len(written), len(names) + 1)
+        contents = {(parts / name).read_bytes() for name in written}
+        self.assertLessEqual({str(number).encode() for number in range(len(names))}, contents)
+        self.assertEqual(len({name.lower() for name in written}), len(written))
+        for name in written:
+            self.assertLessEqual(len(name.encode()), 255)
+            self.assertNotRegex(name, r"^[.\-]|[\x00-\x1f/\\:\u202e]|[. ]$")
+            self.assertNotIn(name.split(".")[0].lower(), {"con", "nul", "com1"})
+        self.assertLessEqual({"up.bin", "up (2).bin", "evil", "evil (2)", "evil (3)", "_hidden", "_rf", "_CON",
+                              "same (2).bin", "same (3).bin"}, set(written))
+        self.assertEqual([item["file"] for item in result["items"]][1], "up.bin")
+
+    def test_nothing_is_overwritten_without_force(self):
+        envelope = self.envelope(("first.bin", b"new"), ("taken.bin", b"new"))
+        arguments = ("decrypt", envelope, "--out", self.folder / "parts", "--recipient", BOB)
+        parts = self.folder / "parts"
+        parts.mkdir()
+        (parts / "taken.bin").symlink_to("target")  # a dangling link counts as a file as well
+        _, error = self.tarn(*arguments, user=BOB, code=4)
+        self.assertIn("taken.bin exists already", error)
+        self.assertEqual([path.name for path in parts.iterdir()], ["taken.bin"])
+        self.tarn(*arguments, "--force", user=BOB)
+        self.assertEqual((parts / "taken.bin").read_bytes(), b"new")
+        self.assertFalse((parts / "target").exists())
+        self.assertIn("exists already", self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out",
+                                                  envelope, user=ALICE, code=4)[1])
+
+    def test_full_disk_leaves_nothing(self):
+        envelope = self.envelope(("small.bin", b"small"), ("large.bin", bytes(3_000_000)))
+
+        def small_files_only():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1_000_000, 1_000_000))
+
+        _, error = self.tarn("decrypt", envelope, "--out", "parts", "--recipient", BOB, user=BOB, code=4,
+                             preexec_fn=small_files_only, restore_signals=False)
+        self.assertIn("large.bin cannot be written", error)
+        self.assertFalse((self.folder / "parts").exists())
+        _, error = self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out", "/dev/full", user=ALICE,
+                             code=4)
+        self.assertIn("No space left", error)
+        with open("/dev/full", "w") as full:
+            environment = os.environ | {"TARN_PASSWORD": PASSWORDS[ALICE]}
+            result = subprocess.run([os.environ["TARN"], "version"], env=environment, stdout=full,
+                                    stderr=subprocess.PIPE, timeout=TIME_LIMIT)
+        self.assertEqual(result.returncode, 4)
+        self.assertIn(b"No space left", result.stderr)
+
+    def test_interrupt_leaves_all_or_nothing(self):
+        envelope = self.envelope(*((f"{number}.bin", bytes(2_000_000)) for number in range(8)))
+        parts = self.folder / "parts"
+        arguments = [os.environ["TARN"], "decrypt", envelope, "--out", parts, "--recipient", BOB]
+
+        def start():
+            return subprocess.Popen(arguments, env=os.environ | {"TARN_PASSWORD": PASSWORDS[BOB]},
+                                    start_new_session=True, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+
+        began = time.monotonic()
+        with start() as client:
+            self.assertEqual(client.wait(TIME_LIMIT), 0)
+        duration = time.monotonic() - began
+        names = {path.name for path in parts.iterdir()}
+        codes = set()
+        for step in range(30):
+            shutil.rmtree(parts, ignore_errors=True)
+            with start() as client:
+                time.sleep(duration * step / 30)
+                client.send_signal(signal.SIGINT)
+                codes.add(code := client.wait(TIME_LIMIT))
+            # Before the program is set up, the signal still ends it as it ends any program.
+            self.assertIn(code, (0, 130, -signal.SIGINT))
+            written = {path.name for path in parts.rglob("*")} if parts.exists() else None
+            self.assertIn(written, (None, names), step)
+            self.assertTrue(written or code != 0)
+        self.assertIn(130, codes)
+
+    def test_bad_input(self):
+        self.file("zero.eml", b"Subject: x\n\n\0")
+        encrypt = ("encrypt", "--from", ALICE, "--to", BOB)
+        self.file("empty.env", "")
+        self.assertIn("empty.env is empty", self.tarn("tracking", "empty.env", user=ALICE, code=2)[1])
+        self.assertIn("zero byte", self.tarn(*encrypt, "zero.eml", user=ALICE, code=2)[1])
+        self.assertIn("missing.eml", self.tarn(*encrypt, "missing.eml", user=ALICE, code=4)[1])
+        self.assertIn("folder", self.tarn(*encrypt, self.folder, user=ALICE, code=4)[1])
+        self.file("letter.eml", mail())
+        self.tarn("encrypt", "letter.eml", "--from", ALICE, code=2)
+        _, error = self.tarn(*encrypt, "letter.eml", *(f"--bcc=recipient-{i}@example.com" for i in range(1000)),
+                             user=ALICE, code=2)
+        self.assertIn("too much for one EncryptEnvelopeOnline", error)
+        for wrong in ([], ["login"], ["version", "--nonsense"], ["sent", ALICE, "--max", "-1"],
+                      ["expire", "letter.eml"], ["expire", "letter.eml", "--at", "+1d", "--never"]):
+            self.tarn(*wrong, code=2)
+        for time_text in ("tomorrow", "2026-02-30", "2026-01-01T25:00", "2026-01-01x", "+1y", "+",
+                          "2026-01-01T10:00+1"):
+            self.assertIn("is no time", self.tarn("expire", "letter.eml", "--at", time_text, user=ALICE, code=2)[1])
+        self.assertIn('"nonsense" is no command', self.tarn("nonsense", code=2)[1])
+        self.assertIn("decrypt", self.tarn("--help")[0])
+        self.assertEqual(self.json("decrypt", "letter.eml", "--out", "x", user=BOB, code=1)["status"], 34)
+        self.assertFalse((self.folder / "x").exists())
+
+    def test_status(self):
+        envelope = self.envelope(to=(BOB, "new@example.com"))
+        found = self.json("status", envelope, "--recipient", BOB, "--recipient", "new@example.com",
+                          "--recipient", CAROL)
+        self.assertEqual([entry["status"] for entry in found["recipients"]], [5, 11, 15])
+        self.assertTrue(found["enrollId"])
+        self.assertEqual(found["sender"], ALICE)
+        self.assertIn("not a recipient", self.tarn("status", envelope, "--recipient", CAROL)[0])
+        ended = self.json("status", envelope, "--recipient", BOB, "--recipient", CAROL, "--config", "missing", code=1)
+        self.assertEqual([entry["status"] for entry in ended["recipients"]], [ended["status"]])
+
+    def test_lock_and_expiry_keep_each_other(self):
+        envelope = self.envelope(to=(BOB, CAROL))
+        decrypt = ("decrypt", envelope, "--out", "parts", "--recipient", BOB, "--force")
+
+        def bob():
+            states = self.json("tracking", envelope, user=ALICE)["recipients"]
+            return next(state for state in states if state["recipient"] == BOB)
+
+        self.tarn("expire", envelope, "--recipient", BOB.upper(), "--at", "2091-05-01T12:30:00+02:00", user=ALICE)
+        self.tarn("lock", envelope, "--recipient", BOB, "--message", "Gr\u00fc\u00dfe, \U0001F512", user=ALICE)
+        self.assertEqual(bob(), {"recipient": BOB, "locked": True, "statusMessage": "Gr\u00fc\u00dfe, \U0001F512",
+                                 "expiryDate": 3828853800000, "expires": "2091-05-01T10:30:00.000Z"})
+        self.assertEqual(self.json(*decrypt, user=BOB, code=1)["status"], 20)
+        self.tarn("decrypt", envelope, "--out", "carol", "--recipient", CAROL, user=CAROL)
+        self.tarn("unlock", envelope, user=ALICE)
+        self.assertEqual((bob()["locked"], bob()["expiryDate"]), (False, 3828853800000))
+        self.tarn(*decrypt, user=BOB)
+        self.tarn("expire", envelope, "--at", "2001-01-01 00:00", user=ALICE)
+        self.assertEqual(self.json(*decrypt, user=BOB, code=1)["status"], 19)
+        self.tarn("expire", envelope, "--never", user=ALICE)
+        self.tarn(*decrypt, user=BOB)
+
+        message_id = self.json("tracking", envelope, user=ALICE)["messageId"]
+        by_id = ("--message-id", message_id, "--user", ALICE)
+        self.tarn("lock", *by_id, "--recipient", BOB, "--message", "by id", user=ALICE)
+        self.assertEqual((bob()["locked"], bob()["statusMessage"]), (True, "by id"))
+        self.tarn("unlock", *by_id, user=ALICE)
+        self.assertEqual((bob()["locked"], bob()["statusMessage"]), (False, "by id"))
+        self.assertIn("no recipient", self.tarn("lock", envelope, "--recipient", "x@example.com", user=ALICE,
+                                                code=2)[1])
+        self.tarn("lock", envelope, "--message-id", message_id, user=ALICE, code=2)
+        self.assertEqual(self.json("tracking", envelope, user=BOB, code=1)["status"], 2)
+
+    def test_sent(self):
+        self.envelope(to=(BOB, CAROL))
+        last = self.json("tracking", self.envelope(), user=ALICE)["messageId"]
+        total = self.json("sent", ALICE, user=ALICE)["total"]
+        self.assertGreaterEqual(total, 3)
+        records = [self.json("sent", ALICE, "--start", start, "--max", 1, user=ALICE)["records"][0]
+                   for start in range(total)]
+        self.assertEqual(records[0]["messageId"], last)
+        self.assertEqual(len({(record["messageId"], record["recipient"]) for record in records}), total)
+        dates = [record["createDate"] for record in records]
+        self.assertEqual(dates, sorted(dates, reverse=True))
+        names = [record["recipient"] for record in
+                 self.json("sent", ALICE, "--sort", "to", "--ascending", "--max", total, user=ALICE)["records"]]
+        self.assertEqual(names, sorted(names))
+        self.assertRegex(records[0]["created"], r"^20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$")
+        self.assertIsNone(records[0]["firstOpened"])
+        self.assertEqual(records[0]["subject"], "Gr\u00fc\u00dfe")
+        table, _ = self.tarn("sent", ALICE, "--max", 2, user=ALICE, env={"TZ": "UTC"})
+        self.assertIn(f"records 1 to 2 of {total}\n", table)
+        self.assertIn(records[0]["created"][:16].replace("T", " "), table)
+        self.assertIn("no records", self.tarn("sent", ALICE, "--start", total, user=ALICE)[0])
+        self.assertEqual(self.json("sent", ALICE, "--sort", "nonsense", user=ALICE, code=1)["status"], 101)
+
+    def test_key_server(self):
+        features = self.json("features")
+        self.assertTrue(features["readByEnabled"] and features["expirationSupported"]
+                        and features["localizedTextEnabled"])
+        locales = self.json("locales")["locales"]
+        self.assertGreaterEqual(len(locales), 5)
+        bodies = {locale: self.json("body", "--locale", locale) for locale in locales}
+        everything = "".join(body["text"] + body["html"] for body in bodies.values())
+        self.assertTrue(any(ord(letter) > 0xFFFF for letter in everything))
+        self.assertNotIn("\ufffd", everything)
+        self.assertEqual(self.tarn("body", "--locale", "de", "--html")[0].rstrip("\n"),
+                         bodies["de"]["html"].rstrip("\n"))
+        self.assertIn("no texts", self.tarn("body", "--locale", "xx", code=1)[1])
+
+    def test_enroll_by_options(self):
+        address = "dora@example.com"
+        envelope = self.envelope(to=(address,))
+        status = self.json("status", envelope, "--recipient", address)
+        arguments = ["enroll", address, "--key-server", "https://keys.example.com", "--enroll-id", status["enrollId"],
+                     "--sender", status["sender"], "--first-name", "Dora", "--last-name", "D\u00f6rfler",
+                     "--question", "1", "--question", "2", "--question", "My own question?", "--answers-file",
+                     self.file("answers", "Rex\nUlm\nsecret answer\n")]
+        refused = self.json(*arguments, env={"TARN_PASSWORD": "weak"}, code=1)
+        self.assertIn("password", refused["message"])
+        _, log = self.tarn(*arguments, "--log", env={"TARN_PASSWORD": "correct horse 1", "TARN_PASS_PHRASE": "Sesam"})
+        for secret in ("correct horse 1", "Sesam", "Rex", "Ulm", "secret answer"):
+            self.assertNotIn(secret, log)
+        self.assertIn("enrollmentStage 1", log)
+        self.assertIn("What was the name of your first pet?", log)
+        self.tarn("decrypt", envelope, "--out", "parts", "--recipient", address,
+                  env={"TARN_PASSWORD": "correct horse 1"})
+
+    def test_enroll_at_a_terminal(self):
+        address = "emil@example.com"
+        envelope = self.envelope(to=(address,))
+        status = self.json("status", envelope, "--recipient", address)
+        code, shown, unasked = self.at_terminal(["enroll", address], [
+            ("key server: ", "https://keys.example.com\n"), ('tells it): ', status["enrollId"] + "\n"),
+            ("sender: ", ALICE + "\n"), ("First name: ", "Emil\n"), ("Last name: ", "Ernst\n"),
+            ("New password: ", "tinker tailor 1\n"), ("(again): ", "tinker tailor 2\n"), ("try again. ", "\n"),
+            ("New password: ", "tinker tailor 3\n"), ("(again): ", "tinker tailor 3\n"), ("for none): ", "\n"),
+            ("own words): ", "2\n"), ('born?": ', "Hiddenburg\n"), ("own words): ", "Mine?\n"),
+            ('Mine?": ', "Hiddenmine\n"), ("own words): ", "3\n"), ('school?": ', "Hiddenschool\n")])
+        self.assertEqual((code, unasked), (0, []), shown)
+        for secret in ("tinker", "Hidden"):
+            self.assertNotIn(secret, shown)
+        self.tarn("decrypt", envelope, "--out", "parts", "--recipient", address,
+                  env={"TARN_PASSWORD": "tinker tailor 3"})
+
+    def test_interrupt_at_the_hidden_prompt(self):
+        code, shown, unasked = self.at_terminal(["login", ALICE], [(ALICE + ": ", "\x03")])
+        self.assertEqual((code, unasked), (130, []), shown)
+
+
+class WithoutDaemon(TarnTest):
+    def test_no_daemon(self):
+        if listens():
+            self.fail(f"port {PORT} is taken: end what listens there first")
+        began = time.monotonic()
+        for command in (["version"], ["stop"], ["login", ALICE], ["status", "x", "--recipient", BOB], ["features"],
+                        ["lock", "x"], ["enroll", BOB]):
+            _, error = self.tarn(*command, code=3)
+            self.assertIn("no daemon listens", error)
+        self.assertIn("error", self.json("version", code=3))
+        self.assertLess(time.monotonic() - began, 20)
+        self.assertIn("is no file", self.tarn("start", "missing.jar", code=4)[1])
+        self.assertIn("no such program", self.tarn("start", self.file("daemon.jar", ""), code=1)[1])
+
+    def test_stop(self):
+        daemon = Daemon(os.environ["TARN_STANDIN"])
+        self.addCleanup(daemon.end)
+        self.tarn("stop")
+        self.assertEqual(daemon.process.wait(TIME_LIMIT), 0)
+        self.tarn("stop", code=3)
+
+    def with_listener(self, answer, act):
+        """Lets something that is no daemon listen; act runs once it has a connection."""
+        with socket.socket() as server:
+            server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            server.bind(("127.0.0.1", PORT))
+            server.listen()
+            server.settimeout(TIME_LIMIT)
+            client = subprocess.Popen([os.environ["TARN"], "version"], stdin=subprocess.DEVNULL,
+                                      stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            try:
+                connection, _ = server.accept()
+                with connection:
+                    connection.sendall(answer)
+                    act(client)
+                    return client.wait(TIME_LIMIT), client.stderr.read().decode()
+            finally:
+                if client.poll() is None:
+                    client.kill()
+                client.communicate()
+
+    def test_interrupt_while_the_daemon_is_silent(self):
+        def interrupt(client):
+            time.sleep(0.3)
+            self.assertIsNone(client.poll())
+            client.send_signal(signal.SIGINT)
+
+        self.assertEqual(self.with_listener(b"", interrupt)[0], 130)
+
+    def test_a_person_is_told_what_is_waited_for(self):
+        with socket.socket() as server:
+            server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            server.bind(("127.0.0.1", PORT))
+            server.listen()
+            code, shown, unasked = self.at_terminal(["version"], [("(Ctrl-C ends it)\r\n", "\x03")])
+        self.assertEqual((code, unasked), (130, []), shown)
+
+    def test_something_else_listens(self):
+        code, error = self.with_listener(b"HTTP/1.1 400 Bad Request\r\n\r\n", lambda client: None)
+        self.assertEqual(code, 5)
+        self.assertIn("does not keep to the protocol", error)
+
+
+if __name__ == "__main__":
+    missing = [name for name in ("TARN", "TARN_STANDIN") if not os.path.isfile(os.environ.get(name, ""))]
+    if missing:
+        sys.exit(f"set {' and '.join(missing)} to the program's path")
+    for program in ("TARN", "TARN_STANDIN"):
+        os.environ[program] = os.path.abspath(os.environ[program])
+    unittest.main(verbosity=2)

@@ -1,0 +1,130 @@
+#include "Command.h"
+#include "Failure.h"
+#include "Files.h"
+#include "Host.h"
+#include "SafeFileName.h"
+#include "Secrets.h"
+#include "Text.h"
+#include <filesystem>
+#include <list>
+
+namespace tarn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct DecryptOptions
+{
+    std::string envelope;
+    std::string out;
+    bool overwrite = false;
+    std::string recipient;
+    std::string sessionKey;
+    bool keepOpen = false;
+    std::string saveConfig;
+    std::string config;
+    std::string passwordFile;
+};
+
+// A folder that is made when it is missing, and removed again when nothing came to be in it.
+class OutputFolder
+{
+public:
+    explicit OutputFolder(fs::path folder) : path(std::move(folder))
+    {
+        std::error_code error;
+        made = fs::create_directories(path, error);
+        if (error || !fs::is_directory(path))
+            throw Failure(Exit::file, toText(path) + " cannot be made: " +
+                                          (error ? error.message() : std::string("a file of this name exists")));
+    }
+    ~OutputFolder()
+    {
+        std::error_code ignored;
+        if (made)
+            fs::remove(path, ignored); // of empty folders only
+    }
+    OutputFolder(const OutputFolder&) = delete;
+    OutputFolder& operator=(const OutputFolder&) = delete;
+
+    const fs::path path;
+
+private:
+    const InterruptDelay delay;
+    bool made = false;
+};
+
+std::string passwordFor(const DecryptOptions& options)
+{
+    // With a session key a password may be given, but is not asked for.
+    if (options.sessionKey.empty() || !options.passwordFile.empty())
+        return password(options.passwordFile, options.recipient);
+    return host::environment("TARN_PASSWORD").value_or("");
+}
+
+struct Written
+{
+    Table table{{"FILE", "BYTES", "CONTENT TYPE"}};
+    nlohmann::json items = nlohmann::json::array();
+};
+
+// All files are written before the first one gets its name.
+Written writeItems(Library& library, const DecryptOptions& options, const std::string& encodedConfig)
+{
+    const OutputFolder folder(toPath(options.out));
+    std::list<OutputFile> files;
+    SafeFileNames names;
+    Written written;
+    while (const auto item = library.nextItem()) {
+        const std::string name = names.next(item->name, item->contentType);
+        files.emplace_back(folder.path / toPath(name), options.overwrite).write(item->data);
+        written.table.add({name, std::to_string(item->data.size()), item->contentType});
+        written.items.push_back({{"file", name},
+                                 {"name", item->name},
+                                 {"contentType", item->contentType},
+                                 {"size", item->data.size()},
+                                 {"flags", item->flags},
+                                 {"type", item->type}});
+    }
+    if (!options.saveConfig.empty())
+        files.emplace_back(toPath(options.saveConfig), options.overwrite).write(encodedConfig + "\n");
+    for (auto& file : files)
+        file.commit();
+    return written;
+}
+
+void decrypt(Context& context, const DecryptOptions& options)
+{
+    refuseExisting(toPath(options.saveConfig), options.overwrite);
+    const DecryptRequest request{readTextFile(options.envelope), options.recipient, options.sessionKey,
+                                 options.keepOpen};
+    const Decryption decryption =
+        context.library.decrypt(request, {passwordFor(options), absolutePath(options.config)});
+    const Written written = writeItems(context.library, options, decryption.encodedConfig);
+    std::string text = "From " + printable(decryption.from) + "\n" + written.table.text();
+    if (!decryption.key.empty())
+        text += "Session key " + printable(decryption.key) + "\n";
+    context.output.result(text, {{"from", decryption.from}, {"key", decryption.key}, {"items", written.items}});
+}
+
+} // namespace
+
+void addDecryptCommand(CLI::App& app, Context& context)
+{
+    const auto options = std::make_shared<DecryptOptions>();
+    auto* command = app.add_subcommand("decrypt", "Open an envelope and write what it holds into a folder");
+    command->add_option("ENVELOPE", options->envelope, "File with the envelope; - is standard input")->required();
+    command->add_option("--out", options->out, "The folder, made when missing")->required();
+    command->add_flag("--force", options->overwrite, "Overwrite existing files");
+    command->add_option("--recipient", options->recipient, "The address that the envelope is opened for");
+    command->add_option("--session-key", options->sessionKey, "A session key; it appears in the operation log");
+    command->add_flag("--keep-open", options->keepOpen, "Ask the daemon to keep the envelope open");
+    command->add_option("--save-config", options->saveConfig,
+                        "File for the envelope's configuration, for encrypt --envelope-config");
+    addConfigOption(command, options->config);
+    addPasswordOption(command, options->passwordFile);
+    onRun(command, context, options, decrypt);
+}
+
+} // namespace tarn

@@ -1,0 +1,149 @@
+#include "Files.h"
+
+#include "Failure.h"
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+
+namespace tarn {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t chunkSize = 1 << 20;
+const char* const stagedName = "data";
+
+Failure fileFailure(const std::string& name, const std::string& what, int error)
+{
+    return {Exit::file, name + " " + what + ": " + (error ? std::strerror(error) : "unknown reason")};
+}
+
+fs::path makeStagingFolder(const fs::path& target)
+{
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    std::random_device random;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        fs::path staging = folder / (".tarn-" + std::to_string(random()));
+        std::error_code error;
+        if (fs::create_directory(staging, error))
+            return staging;
+        if (error)
+            throw Failure(Exit::file, toText(target) + " cannot be created: " + error.message());
+    }
+    throw Failure(Exit::file, toText(folder) + " is full of unfinished files of this program");
+}
+
+} // namespace
+
+fs::path toPath(const std::string& utf8)
+{
+    return {std::u8string(utf8.begin(), utf8.end())};
+}
+
+std::string toText(const fs::path& path)
+{
+    const auto text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+std::string absolutePath(const std::string& utf8)
+{
+    return utf8.empty() ? utf8 : toText(fs::absolute(toPath(utf8)));
+}
+
+std::string readFile(const std::string& name)
+{
+    std::string content;
+    errno = 0;
+    if (name == "-") {
+        content.assign(std::istreambuf_iterator<char>(std::cin), {});
+        if (std::cin.bad())
+            throw fileFailure("standard input", "cannot be read", errno);
+        return content;
+    }
+    std::error_code error;
+    if (fs::is_directory(toPath(name), error))
+        throw Failure(Exit::file, name + " cannot be read: it is a folder");
+    std::ifstream file(toPath(name), std::ios::binary);
+    if (!file)
+        throw fileFailure(name, "cannot be read", errno);
+    content.assign(std::istreambuf_iterator<char>(file), {});
+    if (file.bad())
+        throw fileFailure(name, "cannot be read", errno);
+    return content;
+}
+
+std::string readTextFile(const std::string& name)
+{
+    std::string content = readFile(name);
+    if (content.empty())
+        throw Failure(Exit::usage, (name == "-" ? "standard input" : name) + " is empty");
+    if (const auto zero = content.find('\0'); zero != content.npos)
+        throw Failure(Exit::usage, (name == "-" ? "standard input" : name) + " holds a zero byte (at offset " +
+                                       std::to_string(zero) +
+                                       "): it is no mail text. Is it in UTF-16, or a raw attachment?");
+    return content;
+}
+
+void refuseExisting(const fs::path& target, bool overwrite)
+{
+    std::error_code error;
+    if (fs::is_directory(target, error))
+        throw Failure(Exit::file, toText(target) + " is a folder");
+    const bool special = fs::exists(target, error) && !fs::is_regular_file(target, error);
+    if (!overwrite && !special && fs::exists(fs::symlink_status(target, error)))
+        throw Failure(Exit::file, toText(target) + " exists already; --force overwrites it");
+}
+
+OutputFile::OutputFile(fs::path target_, bool overwrite_) : target(std::move(target_)), overwrite(overwrite_)
+{
+    refuseExisting(target, overwrite);
+    std::error_code error;
+    const bool exists = fs::exists(target, error);
+    if (exists && !fs::is_regular_file(target, error))
+        return;
+    if (exists)
+        target = fs::canonical(target); // a link keeps pointing to the file
+    delay.emplace();
+    staging = makeStagingFolder(target);
+}
+
+OutputFile::~OutputFile()
+{
+    std::error_code ignored;
+    if (!staging.empty())
+        fs::remove_all(staging, ignored);
+}
+
+void OutputFile::write(std::string_view data)
+{
+    errno = 0;
+    std::ofstream file(staging.empty() ? target : staging / stagedName, std::ios::binary);
+    for (std::size_t start = 0; start < data.size() && file; start += chunkSize) {
+        const auto chunk = data.substr(start, chunkSize);
+        file.write(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+        if (delay)
+            InterruptDelay::check();
+    }
+    file.close();
+    if (!file)
+        throw fileFailure(toText(target), "cannot be written", errno);
+}
+
+void OutputFile::commit()
+{
+    if (staging.empty())
+        return;
+    refuseExisting(target, overwrite);
+    std::error_code error;
+    fs::rename(staging / stagedName, target, error);
+    if (error)
+        throw Failure(Exit::file, toText(target) + " cannot be written: " + error.message());
+}
+
+} // namespace tarn

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Interrupt.h"
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarn {
+
+std::filesystem::path toPath(const std::string& utf8);
+std::string toText(const std::filesystem::path& path);
+
+// The daemon has a current folder of its own: paths go to it whole. An empty text stays empty.
+std::string absolutePath(const std::string& utf8);
+
+// A whole file, or standard input for "-".
+std::string readFile(const std::string& name);
+
+// The same for what the library takes as a zero-terminated text: an empty file and one with zero bytes are refused.
+std::string readTextFile(const std::string& name);
+
+// Fails when the target exists and may not be overwritten, so that a command can tell before it calls the daemon.
+void refuseExisting(const std::filesystem::path& target, bool overwrite);
+
+// A file that appears under its name whole or not at all: it is written in a folder of its own beside the target and
+// moved there by commit(). A target that is no regular file, such as a device, is written to directly.
+class OutputFile
+{
+public:
+    OutputFile(std::filesystem::path target, bool overwrite);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void write(std::string_view data);
+    void commit();
+
+private:
+    std::filesystem::path target;
+    std::filesystem::path staging; // empty when the target is written to directly
+    bool overwrite;
+    std::optional<InterruptDelay> delay;
+};
+
+} // namespace tarn

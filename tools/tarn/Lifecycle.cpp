@@ -1,0 +1,89 @@
+#include "Command.h"
+#include "Failure.h"
+#include "Files.h"
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+namespace tarn {
+
+namespace {
+
+struct StartOptions
+{
+    std::string jar;
+    unsigned waitSeconds = 0;
+};
+
+struct NoOptions
+{
+};
+
+void version(Context& context)
+{
+    const std::string daemonVersion = context.library.version();
+    context.output.result("daemon " + daemonVersion + "\ntarn   " TARN_VERSION "\n",
+                          {{"daemonVersion", daemonVersion}, {"clientVersion", TARN_VERSION}});
+}
+
+void waitUntilListening(Library& library, unsigned seconds)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    for (;;) {
+        try {
+            return library.reach();
+        } catch (const Failure& failure) {
+            if (failure.exitCode != Exit::noDaemon || std::chrono::steady_clock::now() >= deadline)
+                throw;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+}
+
+void start(Context& context, const StartOptions& options)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(toPath(options.jar), error))
+        throw Failure(Exit::file, options.jar + " is no file");
+    const std::string jar = absolutePath(options.jar);
+    if (jar.find(' ') != std::string::npos)
+        Output::note("the path of the jar file holds a blank: Java gets it in pieces and will not find the file");
+    const int answer = context.library.start(jar);
+
+    if (options.waitSeconds > 0)
+        waitUntilListening(context.library, options.waitSeconds);
+    context.output.result(options.waitSeconds > 0 ? "The daemon listens.\n" : "The launch was accepted.\n",
+                          {{"launchResult", answer}, {"listens", options.waitSeconds > 0}});
+}
+
+void stop(Context& context, const NoOptions&)
+{
+    context.library.stop();
+    context.output.result("The daemon stops.\n", nlohmann::json::object());
+}
+
+} // namespace
+
+void addLifecycleCommands(CLI::App& app, Context& context)
+{
+    auto* versionCommand = app.add_subcommand("version", "Ask the daemon for its version");
+    versionCommand->callback([&context] {
+        context.needsDaemon = false; // this is the question that finds out
+        context.action = [&context] { version(context); };
+    });
+
+    const auto startOptions = std::make_shared<StartOptions>();
+    auto* startCommand = app.add_subcommand("start", "Launch the daemon");
+    startCommand->add_option("JAR", startOptions->jar, "The daemon's jar file")->required();
+    startCommand->add_option("--wait", startOptions->waitSeconds, "Seconds to wait until the daemon listens")
+        ->check(CLI::Range(0u, 3600u));
+    startCommand->callback([&context, startOptions] {
+        context.needsDaemon = false;
+        context.action = [&context, startOptions] { start(context, *startOptions); };
+    });
+
+    auto* stopCommand = app.add_subcommand("stop", "Ask the daemon to stop");
+    onRun(stopCommand, context, std::make_shared<NoOptions>(), stop);
+}
+
+} // namespace tarn

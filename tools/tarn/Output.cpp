@@ -1,0 +1,92 @@
+#include "Output.h"
+
+#include "Text.h"
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+
+namespace tarn {
+
+namespace {
+
+void print(const nlohmann::json& object)
+{
+    Output::raw(object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+}
+
+} // namespace
+
+Table::Table(std::vector<std::string> titles)
+{
+    add(std::move(titles));
+}
+
+void Table::add(std::vector<std::string> row)
+{
+    for (auto& cell : row)
+        cell = printable(cell);
+    rows.push_back(std::move(row));
+}
+
+std::string Table::text() const
+{
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const auto& row : rows)
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], characterCount(row[i]));
+    std::string text;
+    for (const auto& row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i)
+            line += row[i] + std::string(widths[i] - characterCount(row[i]) + 2, ' ');
+        line.erase(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    }
+    return text;
+}
+
+void Output::result(const std::string& text, nlohmann::json object) const
+{
+    if (asJson) {
+        object["status"] = 0;
+        print(object);
+    } else {
+        raw(text);
+    }
+}
+
+void Output::failure(const Failure& failure) const
+{
+    note(failure.what());
+    if (!asJson)
+        return;
+    nlohmann::json object{{"error", failure.what()}};
+    if (const auto* refusal = dynamic_cast<const Refusal*>(&failure)) {
+        object.update(refusal->details);
+        object["status"] = refusal->status;
+        object["message"] = refusal->message;
+    }
+    print(object);
+}
+
+void Output::note(const std::string& text)
+{
+    std::cerr << "tarn: " << printable(text) << std::endl;
+}
+
+void Output::raw(const std::string& bytes)
+{
+    errno = 0;
+    std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    flush();
+}
+
+void Output::flush()
+{
+    if (!std::cout.flush())
+        throw Failure(Exit::file, std::string("standard output cannot be written: ") +
+                                      (errno ? std::strerror(errno) : "unknown reason"));
+}
+
+} // namespace tarn

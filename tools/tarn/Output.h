@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Failure.h"
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace tarn {
+
+// Plain columns, each as wide as its widest cell. Cells are made printable.
+class Table
+{
+public:
+    explicit Table(std::vector<std::string> titles);
+    void add(std::vector<std::string> row);
+    std::string text() const;
+
+private:
+    std::vector<std::vector<std::string>> rows;
+};
+
+// Results go to standard output, as text for people or as one JSON object; everything else to standard error.
+class Output
+{
+public:
+    bool asJson = false;
+
+    // A successful command's result in both forms. The object gets the member "status" with 0.
+    void result(const std::string& text, nlohmann::json object) const;
+
+    // The message of what ended the command; for scripts also as an object on standard output.
+    void failure(const Failure& failure) const;
+
+    static void note(const std::string& text);
+    static void raw(const std::string& bytes);
+    static void flush();
+};
+
+} // namespace tarn

@@ -1,0 +1,117 @@
+#include "Command.h"
+#include "Failure.h"
+#include "Files.h"
+#include "Text.h"
+#include <map>
+
+namespace tarn {
+
+namespace {
+
+struct StatusOptions
+{
+    std::string envelope;
+    std::vector<std::string> recipients;
+    std::string config;
+};
+
+nlohmann::json sensitivityOf(int value)
+{
+    return value == -1 ? nlohmann::json() : nlohmann::json(value);
+}
+
+void recipients(Context& context, const StatusOptions& options)
+{
+    const EnvelopeRecipients found = context.library.recipients(readTextFile(options.envelope));
+    std::string text;
+    for (const auto& address : found.addresses)
+        text += printable(address) + "\n";
+    context.output.result(text, {{"recipients", found.addresses}, {"sensitivity", sensitivityOf(found.sensitivity)}});
+}
+
+// The statuses that a recipient of an envelope can be in; with any other one the library asks no further.
+const std::map<std::string, std::string>& meanings()
+{
+    static const std::map<std::string, std::string> words{
+        {"5", "a password opens it"},
+        {"6", "kept open: a session key or a password opens it"},
+        {"7", "this address sent it"},
+        {"11", "not enrolled yet"},
+        {"15", "not a recipient"},
+        {"16", "the message is unknown"},
+        {"17", "the account is disabled"},
+        {"18", "too many tries, seconds to wait"},
+        {"19", "expired"},
+        {"20", "locked"},
+        {"21", "locked"},
+        {"25", "enrollment not finished"},
+        {"26", "the envelope is damaged"},
+        {"34", "this is no envelope"},
+    };
+    return words;
+}
+
+std::string meaning(const std::string& status, const std::string& text)
+{
+    const auto word = meanings().find(status);
+    const std::string known = word == meanings().end() ? "the daemon cannot tell" : word->second;
+    return text.empty() ? known : known + ": " + text;
+}
+
+// The recipients' statuses are the result that was asked for, not a failure of the question.
+void status(Context& context, const StatusOptions& options)
+{
+    const PayloadStatus found =
+        context.library.payloadStatus(readTextFile(options.envelope), absolutePath(options.config), options.recipients);
+    const auto asked = split(join(options.recipients, ";"), ";"); // an option may itself be a list
+
+    Table table({"RECIPIENT", "STATUS", "MEANING"});
+    nlohmann::json entries = nlohmann::json::array();
+    for (std::size_t i = 0; i < found.statuses.size() && i < asked.size(); ++i) {
+        table.add({asked[i], found.statuses[i], meaning(found.statuses[i], found.texts[i])});
+        entries.push_back(
+            {{"recipient", asked[i]}, {"status", std::atoi(found.statuses[i].c_str())}, {"text", found.texts[i]}});
+    }
+    std::string text = table.text();
+    nlohmann::json object{{"recipients", entries}, {"sensitivity", sensitivityOf(found.sensitivity)}};
+    if (!found.enrollId.empty()) {
+        text += "Enrollment id " + printable(found.enrollId) + ", sender " + printable(found.from) + "\n";
+        object["enrollId"] = found.enrollId;
+        object["sender"] = found.from;
+    }
+    if (meanings().contains(found.statuses.back())) {
+        context.output.result(text, object);
+        return;
+    }
+    if (!context.output.asJson)
+        Output::raw(text);
+    Refusal refusal(found.status, "",
+                    "status " + std::to_string(found.status) + " is none that a recipient can be in; no further " +
+                        "recipients were asked for");
+    refusal.details = object;
+    throw refusal;
+}
+
+} // namespace
+
+void addStatusCommands(CLI::App& app, Context& context)
+{
+    const auto recipientsOptions = std::make_shared<StatusOptions>();
+    auto* recipientsCommand = app.add_subcommand("recipients", "List the recipients of an envelope");
+    recipientsCommand
+        ->add_option("ENVELOPE", recipientsOptions->envelope, "File with the envelope; - is standard input")
+        ->required();
+    onRun(recipientsCommand, context, recipientsOptions, recipients);
+
+    const auto statusOptions = std::make_shared<StatusOptions>();
+    auto* statusCommand = app.add_subcommand("status", "Tell what an envelope's recipients have to expect");
+    statusCommand->add_option("ENVELOPE", statusOptions->envelope, "File with the envelope; - is standard input")
+        ->required();
+    statusCommand->add_option("--recipient", statusOptions->recipients, "A recipient's address; may be repeated")
+        ->allow_extra_args(false)
+        ->required();
+    addConfigOption(statusCommand, statusOptions->config);
+    onRun(statusCommand, context, statusOptions, status);
+}
+
+} // namespace tarn

@@ -1,0 +1,128 @@
+#include "../../Host.h"
+
+#include "../../Text.h"
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <fcntl.h>
+#include <io.h>
+#include <memory>
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+#include <objbase.h>
+#include <shellapi.h>
+
+namespace tarn::host {
+
+namespace {
+
+struct CloseHandleOf
+{
+    using pointer = HANDLE;
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<HANDLE, CloseHandleOf>;
+
+HANDLE hiddenConsole = nullptr; // the console input whose echo is off
+DWORD formerMode = 0;
+
+HANDLE openConsole(const wchar_t* name)
+{
+    const HANDLE console = CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                       OPEN_EXISTING, 0, nullptr);
+    return console == INVALID_HANDLE_VALUE ? nullptr : console;
+}
+
+bool writeAll(HANDLE console, const std::wstring& text)
+{
+    DWORD written = 0;
+    return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
+}
+
+std::optional<std::string> readLine(HANDLE console)
+{
+    std::wstring line;
+    wchar_t unit = 0;
+    for (DWORD count = 0; ReadConsoleW(console, &unit, 1, &count, nullptr) && count == 1;) {
+        if (unit == L'\n')
+            return toUtf8(line);
+        if (unit != L'\r')
+            line += unit;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+void prepare()
+{
+    SetConsoleOutputCP(CP_UTF8);
+    for (FILE* stream : {stdin, stdout, stderr})
+        _setmode(_fileno(stream), _O_BINARY);
+}
+
+std::vector<std::string> arguments(int, char**)
+{
+    int count = 0;
+    const std::unique_ptr<wchar_t*, decltype(&LocalFree)> texts(CommandLineToArgvW(GetCommandLineW(), &count),
+                                                                &LocalFree);
+    std::vector<std::string> arguments;
+    for (int i = 1; texts && i < count; ++i)
+        arguments.push_back(toUtf8(texts.get()[i]));
+    return arguments;
+}
+
+std::optional<std::string> environment(const char* name)
+{
+    const wchar_t* value = _wgetenv(toWide(name).c_str());
+    return value ? std::optional<std::string>(toUtf8(value)) : std::nullopt;
+}
+
+std::string systemText(const std::string& utf8)
+{
+    const std::wstring wide = toWide(utf8);
+    const int length = static_cast<int>(wide.size());
+    const int size = WideCharToMultiByte(CP_ACP, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string text(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, 0, wide.data(), length, text.data(), size, nullptr, nullptr);
+    return text;
+}
+
+bool showsErrors()
+{
+    return _isatty(_fileno(stderr)) != 0;
+}
+
+void releaseTaskMemory(void* memory)
+{
+    CoTaskMemFree(memory);
+}
+
+std::optional<std::string> ask(const std::string& question, Echo echo)
+{
+    const Handle input(openConsole(L"CONIN$"));
+    const Handle output(openConsole(L"CONOUT$"));
+    if (!input || !output)
+        return std::nullopt;
+    if (echo == Echo::hidden && GetConsoleMode(input.get(), &formerMode)) {
+        hiddenConsole = input.get();
+        SetConsoleMode(hiddenConsole, formerMode & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
+    }
+    std::optional<std::string> line;
+    if (writeAll(output.get(), toWide(question)))
+        line = readLine(input.get());
+    restoreEcho();
+    if (echo == Echo::hidden)
+        writeAll(output.get(), L"\r\n");
+    return line;
+}
+
+void restoreEcho()
+{
+    if (hiddenConsole)
+        SetConsoleMode(hiddenConsole, formerMode);
+    hiddenConsole = nullptr;
+}
+
+} // namespace tarn::host
