@@ -42,11 +42,10 @@
  *
  * Log      `log` is a buffer of at least TARN_LOG_SIZE bytes, not null, that receives the operation log of this
  *          call: lines "[TarnRemoteClient:LINE] MESSAGE" ended by "\n". A log that does not fit ENDS THE PROCESS
- *          (as the run-time's bounded string copy does on an overflow), and so does a null log buffer. The log names most
- *          values sent and received but never a password, a pass phrase or a security answer. It grows with each
- *          recipient, key server feature and configuration entry: callers keep those numbers in bounds, as the
- *          functions say. A failed call logs
- *          "Unexpected exception occured. GetLastError() : " and the system's error number.
+ *          (as the run-time's bounded string copy does on an overflow), and so does a null log buffer. The log names
+ * most values sent and received but never a password, a pass phrase or a security answer. It grows with each recipient,
+ * key server feature and configuration entry: callers keep those numbers in bounds, as the functions say. A failed call
+ * logs "Unexpected exception occured. GetLastError() : " and the system's error number.
  */
 #ifndef TARN_REMOTE_CLIENT_H
 #define TARN_REMOTE_CLIENT_H
@@ -82,22 +81,25 @@ typedef char16_t TarnWideChar;
  * of them and then the array itself, all with the task allocator.
  */
 #if UINTPTR_MAX == UINT32_MAX
-#define TARN_TEXT_SLOT(name) TarnWideChar *name; uint32_t name##Padding
+#define TARN_TEXT_SLOT(name)                                                                                           \
+    TarnWideChar* name;                                                                                                \
+    uint32_t name##Padding
 #else
-#define TARN_TEXT_SLOT(name) TarnWideChar *name
+#define TARN_TEXT_SLOT(name) TarnWideChar* name
 #endif
 
-typedef struct TarnRecipientEntry {
-    int64_t createDate;              /* offset  0: when the message was sent */
-    int64_t firstOpenDate;           /* offset  8: when this recipient first opened it, 0 for never */
-    int64_t lastModifiedDate;        /* offset 16: when this record last changed */
-    int64_t expiryDate;              /* offset 24: from when on it cannot be opened, 0 for never */
-    int32_t numTries;                /* offset 32: how often this recipient tried to open it */
-    int32_t flags;                   /* offset 36: TARN_FLAG_LOCKED and others of the daemon's */
-    TARN_TEXT_SLOT(subject);         /* offset 40: released by the caller */
-    TARN_TEXT_SLOT(recipient);       /* offset 48: released by the caller */
-    TARN_TEXT_SLOT(statusMessage);   /* offset 56: released by the caller */
-    TARN_TEXT_SLOT(messageId);       /* offset 64: released by the caller */
+typedef struct TarnRecipientEntry
+{
+    int64_t createDate;            /* offset  0: when the message was sent */
+    int64_t firstOpenDate;         /* offset  8: when this recipient first opened it, 0 for never */
+    int64_t lastModifiedDate;      /* offset 16: when this record last changed */
+    int64_t expiryDate;            /* offset 24: from when on it cannot be opened, 0 for never */
+    int32_t numTries;              /* offset 32: how often this recipient tried to open it */
+    int32_t flags;                 /* offset 36: TARN_FLAG_LOCKED and others of the daemon's */
+    TARN_TEXT_SLOT(subject);       /* offset 40: released by the caller */
+    TARN_TEXT_SLOT(recipient);     /* offset 48: released by the caller */
+    TARN_TEXT_SLOT(statusMessage); /* offset 56: released by the caller */
+    TARN_TEXT_SLOT(messageId);     /* offset 64: released by the caller */
 } TarnRecipientEntry;
 
 #define TARN_FLAG_LOCKED 2
@@ -131,7 +133,7 @@ TARN_ASSERT_LAYOUT(offsetof(TarnRecipientEntry, messageId) == 64);
  * Returns    1 when the system accepted the launch, else 0. The log holds the system's answer ("ShellExecute
  *            returned: " and a number: above 32 accepted, 2 no such program).
  */
-TARN_API uint8_t StartTarnDaemon(const char *jarDaemon, char *log);
+TARN_API uint8_t StartTarnDaemon(const char* jarDaemon, char* log);
 
 /*
  * Asks the daemon to stop and closes the connection once it has answered, whatever the answer.
@@ -139,7 +141,7 @@ TARN_API uint8_t StartTarnDaemon(const char *jarDaemon, char *log);
  * Returns  1 when the daemon answered with status 0, else 0. When the daemon could not be reached, or its reply could
  *          not be read, the result is 0 and the connection is left as it is.
  */
-TARN_API uint8_t StopTarnDaemon(char *log);
+TARN_API uint8_t StopTarnDaemon(char* log);
 
 /*
  * Asks the daemon for its version and logs its memory figures in bytes (their low 32 bits, as a signed number).
@@ -148,7 +150,7 @@ TARN_API uint8_t StopTarnDaemon(char *log);
  * version  out: with status 0, the daemon's version, "-" and its build number, such as 7.6.1-42.
  * Returns  the status code.
  */
-TARN_API int32_t GetTarnVersion(char *version, char *log);
+TARN_API int32_t GetTarnVersion(char* version, char* log);
 
 /* ---- Authentication and configuration check ------------------------------------------------------------------ */
 
@@ -164,8 +166,8 @@ TARN_API int32_t GetTarnVersion(char *version, char *log);
  * Returns       the status code. A failed call logs "Unknown exception occured, setting status to -1. GetLastError()
  *               : " instead of the usual line.
  */
-TARN_API int32_t AuthenticateUser(const char *emailAddress, const char *password, const TarnWideChar *configFile,
-                                  char *result, char *log);
+TARN_API int32_t AuthenticateUser(const char* emailAddress, const char* password, const TarnWideChar* configFile,
+                                  char* result, char* log);
 
 /*
  * Asks the daemon to check the configuration that belongs to a sender.
@@ -175,7 +177,7 @@ TARN_API int32_t AuthenticateUser(const char *emailAddress, const char *password
  * Returns     the status code; -1 after any failure, even one after the status was read; 0 when there was no memory
  *             for the reply.
  */
-TARN_API int32_t VerifyLarchConfig(const char *sender, const TarnWideChar *configFile, char *log);
+TARN_API int32_t VerifyLarchConfig(const char* sender, const TarnWideChar* configFile, char* log);
 
 /* ---- Online encryption --------------------------------------------------------------------------------------- */
 
@@ -200,11 +202,11 @@ TARN_API int32_t VerifyLarchConfig(const char *sender, const TarnWideChar *confi
  *                          failure while the envelope is built after a successful login returns the login's 0, with
  *                          the failure line in the log and no output written.
  */
-TARN_API int32_t EncryptEnvelopeOnline(const char *toList, const char *ccList, const char *bccList, const char *from,
-                                       const char *password, const char *mimeMessage, const TarnWideChar *configFile,
-                                       TarnWideChar *envelopeOut, TarnWideChar *tbOut, TarnWideChar *thOut,
-                                       TarnWideChar *anOut, const char *encodedEnvelopeConfig, const char *loginFlag,
-                                       char *log);
+TARN_API int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const char* bccList, const char* from,
+                                       const char* password, const char* mimeMessage, const TarnWideChar* configFile,
+                                       TarnWideChar* envelopeOut, TarnWideChar* tbOut, TarnWideChar* thOut,
+                                       TarnWideChar* anOut, const char* encodedEnvelopeConfig, const char* loginFlag,
+                                       char* log);
 
 /* ---- Decryption and payload status --------------------------------------------------------------------------- */
 
@@ -224,9 +226,9 @@ TARN_API int32_t EncryptEnvelopeOnline(const char *toList, const char *ccList, c
  * fromOut     out, with status 0: the sender's address.
  * Returns     the status code. 2, 17 and 200 mean wrong credentials.
  */
-TARN_API int32_t DecryptEnvelope(const char *password, const char *envelope, const TarnWideChar *configFile,
-                                 const char *recipient, const char *sessionKey, char *configOut, uint8_t keepOpen,
-                                 TarnWideChar *kuOut, TarnWideChar *fromOut, char *log);
+TARN_API int32_t DecryptEnvelope(const char* password, const char* envelope, const TarnWideChar* configFile,
+                                 const char* recipient, const char* sessionKey, char* configOut, uint8_t keepOpen,
+                                 TarnWideChar* kuOut, TarnWideChar* fromOut, char* log);
 
 /*
  * Tells the sizes of the next decrypted item and stays at it. Writes no log.
@@ -236,7 +238,7 @@ TARN_API int32_t DecryptEnvelope(const char *password, const char *envelope, con
  * dataSize           out: bytes of its data; 0 when there is no next item.
  * Returns            1, or 0 when there is no next item.
  */
-TARN_API uint32_t GetNextDecryptedItemInfo(uint32_t *nameSize, uint32_t *contentTypeLength, uint32_t *dataSize);
+TARN_API uint32_t GetNextDecryptedItemInfo(uint32_t* nameSize, uint32_t* contentTypeLength, uint32_t* dataSize);
 
 /*
  * Hands out the next decrypted item and moves on to the one after it. Writes no log. Nothing is written when there is
@@ -248,8 +250,8 @@ TARN_API uint32_t GetNextDecryptedItemInfo(uint32_t *nameSize, uint32_t *content
  * dataBuffer         out: the data's bytes, without a terminator; not touched by an empty item.
  * Returns            1, or 0 when there is no next item.
  */
-TARN_API uint32_t GetNextDecryptedItem(uint32_t *flags, uint32_t *type, uint8_t *nameBuffer, char *contentTypeBuffer,
-                                       uint8_t *dataBuffer);
+TARN_API uint32_t GetNextDecryptedItem(uint32_t* flags, uint32_t* type, uint8_t* nameBuffer, char* contentTypeBuffer,
+                                       uint8_t* dataBuffer);
 
 /*
  * Asks for the status of an envelope, recipient by recipient, without decrypting it. Its log is copied nowhere.
@@ -268,9 +270,9 @@ TARN_API uint32_t GetNextDecryptedItem(uint32_t *flags, uint32_t *type, uint8_t 
  * recipients up to it. After a failure the two lists are not written.
  * Returns         the last status code read.
  */
-TARN_API int32_t GetPayloadStatus(const char *envelope, const TarnWideChar *configFile, const char *recipientList,
-                                  TarnWideChar *statusTextsOut, char *enrollIdOut, char *fromOut,
-                                  char *statusCodesOut, int32_t *sensitivity);
+TARN_API int32_t GetPayloadStatus(const char* envelope, const TarnWideChar* configFile, const char* recipientList,
+                                  TarnWideChar* statusTextsOut, char* enrollIdOut, char* fromOut, char* statusCodesOut,
+                                  int32_t* sensitivity);
 
 /*
  * Asks for the recipients and the sensitivity of an envelope without decrypting it.
@@ -280,7 +282,7 @@ TARN_API int32_t GetPayloadStatus(const char *envelope, const TarnWideChar *conf
  * sensitivityOut  out, for every reply read: the message's sensitivity.
  * Returns         the status code.
  */
-TARN_API int32_t GetRecipients(const char *envelope, TarnWideChar *recipientsOut, uint32_t *sensitivityOut, char *log);
+TARN_API int32_t GetRecipients(const char* envelope, TarnWideChar* recipientsOut, uint32_t* sensitivityOut, char* log);
 
 /* ---- Message tracking ---------------------------------------------------------------------------------------- */
 
@@ -300,9 +302,9 @@ TARN_API int32_t GetRecipients(const char *envelope, TarnWideChar *recipientsOut
  * With a nonzero status the four lists are empty texts and the count is 0.
  * Returns            the status code.
  */
-TARN_API int32_t GetLockExpireStatus(const char *password, const char *envelope, const TarnWideChar *configFile,
-                                     char *recipientsOut, char *lockStatusesOut, TarnWideChar *statusMessagesOut,
-                                     char *expiryDatesOut, char *messageIdOut, uint32_t *recipientCount, char *log);
+TARN_API int32_t GetLockExpireStatus(const char* password, const char* envelope, const TarnWideChar* configFile,
+                                     char* recipientsOut, char* lockStatusesOut, TarnWideChar* statusMessagesOut,
+                                     char* expiryDatesOut, char* messageIdOut, uint32_t* recipientCount, char* log);
 
 /*
  * Sets lock, status message and expiry of recipients of an envelope, one exchange with the daemon for each.
@@ -319,10 +321,10 @@ TARN_API int32_t GetLockExpireStatus(const char *password, const char *envelope,
  * Returns         the status code of the last exchange. A failure ends the walk and leaves the recipients before it
  *                 as they were set.
  */
-TARN_API int32_t SetLockExpireStatus(const char *password, const char *envelope, const TarnWideChar *configFile,
-                                     const char *const *recipients, const int32_t *lockStatuses,
-                                     const TarnWideChar *const *statusMessages, const int64_t *expiryDates,
-                                     uint32_t count, char *log);
+TARN_API int32_t SetLockExpireStatus(const char* password, const char* envelope, const TarnWideChar* configFile,
+                                     const char* const* recipients, const int32_t* lockStatuses,
+                                     const TarnWideChar* const* statusMessages, const int64_t* expiryDates,
+                                     uint32_t count, char* log);
 
 /*
  * Lists the tracking records of a user's sent messages, a page at a time.
@@ -340,10 +342,10 @@ TARN_API int32_t SetLockExpireStatus(const char *password, const char *envelope,
  * ascending   in: a flag.
  * Returns     the status code.
  */
-TARN_API int32_t GetRecipientEntries(const char *userName, const char *password, const TarnWideChar *configFile,
-                                     TarnRecipientEntry **entries, uint32_t startAt, const uint32_t *maxResults,
-                                     uint32_t *entryCount, uint32_t *totalCount, const char *sortBy,
-                                     uint8_t ascending, char *log);
+TARN_API int32_t GetRecipientEntries(const char* userName, const char* password, const TarnWideChar* configFile,
+                                     TarnRecipientEntry** entries, uint32_t startAt, const uint32_t* maxResults,
+                                     uint32_t* entryCount, uint32_t* totalCount, const char* sortBy, uint8_t ascending,
+                                     char* log);
 
 /*
  * Sets lock, status message and expiry of tracking records, given a map of field values (which the stand-in daemon
@@ -359,10 +361,10 @@ TARN_API int32_t GetRecipientEntries(const char *userName, const char *password,
  * expiryDate     in: in the daemon's unit; 0 for never.
  * Returns        the status code.
  */
-TARN_API int32_t SetRecipientEntries(const char *password, const TarnWideChar *configFile,
-                                     const char *const *fieldNames, const char *const *fieldValues,
-                                     uint32_t fieldCount, int32_t lockStatus, const TarnWideChar *statusMessage,
-                                     int64_t expiryDate, char *log);
+TARN_API int32_t SetRecipientEntries(const char* password, const TarnWideChar* configFile,
+                                     const char* const* fieldNames, const char* const* fieldValues, uint32_t fieldCount,
+                                     int32_t lockStatus, const TarnWideChar* statusMessage, int64_t expiryDate,
+                                     char* log);
 
 /*
  * Folds one tracking record into an array of them. Sends nothing, writes no log. Two records are of the same entry
@@ -374,8 +376,8 @@ TARN_API int32_t SetRecipientEntries(const char *password, const TarnWideChar *c
  *          entry, *record is left holding that entry's former contents: their texts are the caller's to release.
  * Returns  1 when the record was appended, 0 when it updated an entry.
  */
-TARN_API int32_t AddOrUpdateRemoteRecipientEntries(TarnRecipientEntry *entries, uint32_t *count,
-                                                   TarnRecipientEntry *record);
+TARN_API int32_t AddOrUpdateRemoteRecipientEntries(TarnRecipientEntry* entries, uint32_t* count,
+                                                   TarnRecipientEntry* record);
 
 /* ---- Key server and localized texts -------------------------------------------------------------------------- */
 
@@ -389,8 +391,8 @@ TARN_API int32_t AddOrUpdateRemoteRecipientEntries(TarnRecipientEntry *entries, 
  * localizedTextEnabled  out, with status 0: 1 when the server has localized message texts.
  * Returns               the status code.
  */
-TARN_API int32_t GetKeyServerInfo(const TarnWideChar *configFile, uint8_t *readByEnabled,
-                                  uint8_t *expirationSupported, uint8_t *localizedTextEnabled, char *log);
+TARN_API int32_t GetKeyServerInfo(const TarnWideChar* configFile, uint8_t* readByEnabled, uint8_t* expirationSupported,
+                                  uint8_t* localizedTextEnabled, char* log);
 
 /*
  * Asks for the locales that the key server has texts in.
@@ -399,7 +401,7 @@ TARN_API int32_t GetKeyServerInfo(const TarnWideChar *configFile, uint8_t *readB
  * localesOut  out, with status 0: "locale: name; " for each, in the order of the locales.
  * Returns     the status code.
  */
-TARN_API int32_t GetSupportedLocales(const TarnWideChar *configFile, TarnWideChar *localesOut, char *log);
+TARN_API int32_t GetSupportedLocales(const TarnWideChar* configFile, TarnWideChar* localesOut, char* log);
 
 /*
  * Asks for the texts that stand around an envelope, in one locale.
@@ -410,8 +412,8 @@ TARN_API int32_t GetSupportedLocales(const TarnWideChar *configFile, TarnWideCha
  * htmlBodyOut  out, with status 0: the HTML text; empty when the server has none in this locale.
  * Returns      the status code.
  */
-TARN_API int32_t GetLocalizedMessageBody(const TarnWideChar *configFile, const char *locale, char *textBodyOut,
-                                         char *htmlBodyOut, char *log);
+TARN_API int32_t GetLocalizedMessageBody(const TarnWideChar* configFile, const char* locale, char* textBodyOut,
+                                         char* htmlBodyOut, char* log);
 
 /* ---- Enrollment ---------------------------------------------------------------------------------------------- */
 
@@ -429,10 +431,10 @@ TARN_API int32_t GetLocalizedMessageBody(const TarnWideChar *configFile, const c
  * securityQuestionsOut         out, for every reply read: the questions to choose from, "id: question; " for each.
  * Returns                      the status code.
  */
-TARN_API int32_t GetEnrollParameters(const char *emailAddress, const char *keyServer, const TarnWideChar *locale,
-                                     int32_t *samlUser, int32_t *isOneClickUser, int32_t *securityQuestionsNumber,
-                                     int32_t *isSecurityQuestionsEditable, TarnWideChar *localesOut,
-                                     TarnWideChar *securityQuestionsOut, char *log);
+TARN_API int32_t GetEnrollParameters(const char* emailAddress, const char* keyServer, const TarnWideChar* locale,
+                                     int32_t* samlUser, int32_t* isOneClickUser, int32_t* securityQuestionsNumber,
+                                     int32_t* isSecurityQuestionsEditable, TarnWideChar* localesOut,
+                                     TarnWideChar* securityQuestionsOut, char* log);
 
 /*
  * Sends a filled-in enrollment form. Password, pass phrase and answers never reach the log.
@@ -453,14 +455,14 @@ TARN_API int32_t GetEnrollParameters(const char *emailAddress, const char *keySe
  * resultOut             out, for every reply read: the daemon's answers, "key: value; " for each.
  * Returns               the status code.
  */
-TARN_API int32_t UserEnroll(const char *emailAddress, const char *keyServer, const TarnWideChar *firstName,
-                            const TarnWideChar *lastName, const TarnWideChar *password, const TarnWideChar *locale,
-                            const char *enrollUuid, const char *senderEmailAddress, int32_t isSimpleRegistration,
-                            int32_t enrollmentStage, const TarnWideChar *personalPassPhrase,
-                            const TarnWideChar *securityQuestion1, const TarnWideChar *securityQuestion2,
-                            const TarnWideChar *securityQuestion3, const TarnWideChar *securityAnswer1,
-                            const TarnWideChar *securityAnswer2, const TarnWideChar *securityAnswer3,
-                            int32_t timeZone, const char *timeFormat, char *resultOut, char *log);
+TARN_API int32_t UserEnroll(const char* emailAddress, const char* keyServer, const TarnWideChar* firstName,
+                            const TarnWideChar* lastName, const TarnWideChar* password, const TarnWideChar* locale,
+                            const char* enrollUuid, const char* senderEmailAddress, int32_t isSimpleRegistration,
+                            int32_t enrollmentStage, const TarnWideChar* personalPassPhrase,
+                            const TarnWideChar* securityQuestion1, const TarnWideChar* securityQuestion2,
+                            const TarnWideChar* securityQuestion3, const TarnWideChar* securityAnswer1,
+                            const TarnWideChar* securityAnswer2, const TarnWideChar* securityAnswer3, int32_t timeZone,
+                            const char* timeFormat, char* resultOut, char* log);
 
 #undef TARN_ASSERT_LAYOUT
 
