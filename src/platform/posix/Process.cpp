@@ -71,8 +71,9 @@ int spawnDetached(const char* program, char* const* arguments)
     close(ends[1]);
     const pid_t child = fork();
     if (child == 0) {
-        if (fork() == 0) {
-            const int error = becomeProgram(program, arguments, report);
+        const pid_t grandchild = fork();
+        if (grandchild <= 0) {
+            const int error = grandchild == 0 ? becomeProgram(program, arguments, report) : errno;
             static_cast<void>(!write(report, &error, sizeof error));
         }
         _exit(0);
