@@ -41,11 +41,12 @@
  *          returns the last status it had read, unless its comment says otherwise.
  *
  * Log      `log` is a buffer of at least TARN_LOG_SIZE bytes, not null, that receives the operation log of this
- *          call: lines "[TarnRemoteClient:LINE] MESSAGE" ended by "\n". A log that does not fit ENDS THE PROCESS
- *          (as the run-time's bounded string copy does on an overflow), and so does a null log buffer. The log names
- * most values sent and received but never a password, a pass phrase or a security answer. It grows with each recipient,
- * key server feature and configuration entry: callers keep those numbers in bounds, as the functions say. A failed call
- * logs "Unexpected exception occured. GetLastError() : " and the system's error number.
+ *          call: lines "[TarnRemoteClient:LINE] MESSAGE" ended by "\n". A log that does not fit ENDS THE PROCESS (as
+ *          the run-time's bounded string copy does on an overflow), and so does a null log buffer. The log names
+ *          most values sent and received but never a password, a pass phrase or a security answer. It grows with
+ *          each recipient, key server feature and configuration entry: callers keep those numbers in bounds, as
+ *          the functions say. A failed call logs "Unexpected exception occured. GetLastError() : " and the
+ *          system's error number.
  */
 #ifndef TARN_REMOTE_CLIENT_H
 #define TARN_REMOTE_CLIENT_H

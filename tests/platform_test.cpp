@@ -39,6 +39,11 @@ struct Connection
 TEST(PlatformSockets, BytesBothWaysAndAnOrderlyEnd)
 {
     Connection connection;
+    int noDelay = 0;
+    auto size = static_cast<socklen_t>(sizeof noDelay);
+    getsockopt(static_cast<SOCKET>(connection.ours), IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<char*>(&noDelay),
+               &size);
+    EXPECT_NE(noDelay, 0) << "without it each call waits for a delayed acknowledgement";
     EXPECT_EQ(Platform::sendBytes(connection.ours, "abc", 3), 3);
     const std::string large(100'000, 'l');
     EXPECT_EQ(Platform::sendBytes(connection.ours, large.data(), 100'000), 100'000);
