@@ -196,7 +196,7 @@ TARN_API int32_t VerifyLarchConfig(const char* sender, const TarnWideChar* confi
  *                          its attachment name.
  * encodedEnvelopeConfig    in: an envelope configuration as DecryptEnvelope returns it (each byte as a signed decimal
  *                          number followed by "&"), or empty. When not empty, no login takes place. Entries with an
- *                          empty value, or with ": " in it, do not come through.
+ *                          empty value, or with ": " in it, do not come through as they are.
  * loginFlag                in: "0" suppresses the login, any other text does not.
  * log                      out: NOT written when the login is answered with a nonzero status.
  * Returns                  the last status code obtained: the login's when that is not 0, else the envelope's. A

@@ -19,12 +19,7 @@ namespace Tarn
         /// <summary>The text up to its terminator.</summary>
         public static string Decode(IntPtr text)
         {
-            int length = 0;
-            while (Marshal.ReadByte(text, length) != 0)
-                ++length;
-            var bytes = new byte[length];
-            Marshal.Copy(text, bytes, 0, length);
-            return Encoding.UTF8.GetString(bytes);
+            return Encoding.UTF8.GetString(BytesAt(text));
         }
 
         /// <summary>The text up to its terminator or the end of the array.</summary>
@@ -32,6 +27,16 @@ namespace Tarn
         {
             int end = Array.IndexOf(text, (byte)0);
             return Encoding.UTF8.GetString(text, 0, end < 0 ? text.Length : end);
+        }
+
+        internal static byte[] BytesAt(IntPtr text)
+        {
+            int length = 0;
+            while (Marshal.ReadByte(text, length) != 0)
+                ++length;
+            var bytes = new byte[length];
+            Marshal.Copy(text, bytes, 0, length);
+            return bytes;
         }
 
         internal static byte[] Terminated(byte[] text)

@@ -118,12 +118,7 @@ namespace Tarn
             {
                 if (Marshal.PtrToStringAnsi(converted) != text)
                     throw new ArgumentException("the system's 8-bit encoding does not have all characters of " + text);
-                int length = 0;
-                while (Marshal.ReadByte(converted, length) != 0)
-                    ++length;
-                var bytes = new byte[length + 1];
-                Marshal.Copy(converted, bytes, 0, length);
-                return bytes;
+                return Utf8.Terminated(Utf8.BytesAt(converted));
             }
             finally
             {

@@ -56,108 +56,95 @@ namespace Tarn
         private const CallingConvention C = CallingConvention.Cdecl;
 
 #pragma warning disable 1591 // the header describes the functions
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern byte StartTarnDaemon([In] byte[] jarDaemon, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern byte StopTarnDaemon(IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern int GetTarnVersion(IntPtr versionOut, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int AuthenticateUser([In] byte[] emailAddress, [In] byte[] password,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr resultOut, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int AuthenticateUser([In] byte[] emailAddress, [In] byte[] password, string configFile,
+            IntPtr resultOut, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int VerifyLarchConfig([In] byte[] sender,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int VerifyLarchConfig([In] byte[] sender, string configFile, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern int EncryptEnvelopeOnline([In] byte[] toList, [In] byte[] ccList, [In] byte[] bccList,
-            [In] byte[] from, [In] byte[] password, [In] byte[] mimeMessage,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr envelopeOut, IntPtr tbOut, IntPtr thOut,
-            IntPtr anOut, [In] byte[] encodedEnvelopeConfig, [In] byte[] loginFlag, IntPtr log);
+            [In] byte[] from, [In] byte[] password, [In] byte[] mimeMessage, string configFile, IntPtr envelopeOut,
+            IntPtr tbOut, IntPtr thOut, IntPtr anOut, [In] byte[] encodedEnvelopeConfig, [In] byte[] loginFlag,
+            IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int DecryptEnvelope([In] byte[] password, [In] byte[] envelope,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] byte[] recipient, [In] byte[] sessionKey,
-            IntPtr configOut, byte keepOpen, IntPtr kuOut, IntPtr fromOut, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int DecryptEnvelope([In] byte[] password, [In] byte[] envelope, string configFile,
+            [In] byte[] recipient, [In] byte[] sessionKey, IntPtr configOut, byte keepOpen, IntPtr kuOut,
+            IntPtr fromOut, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern uint GetNextDecryptedItemInfo(out uint nameSize, ref uint contentTypeLength,
             out uint dataSize);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern uint GetNextDecryptedItem(ref uint flags, ref uint type, [In, Out] byte[] nameBuffer,
             [In, Out] byte[] contentTypeBuffer, [In, Out] byte[] dataBuffer);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetPayloadStatus([In] byte[] envelope,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] byte[] recipientList, IntPtr statusTextsOut,
-            IntPtr enrollIdOut, IntPtr fromOut, IntPtr statusCodesOut, out int sensitivity);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetPayloadStatus([In] byte[] envelope, string configFile, [In] byte[] recipientList,
+            IntPtr statusTextsOut, IntPtr enrollIdOut, IntPtr fromOut, IntPtr statusCodesOut, out int sensitivity);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern int GetRecipients([In] byte[] envelope, IntPtr recipientsOut, ref uint sensitivity,
             IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetLockExpireStatus([In] byte[] password, [In] byte[] envelope,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, IntPtr recipientsOut, IntPtr lockStatusesOut,
-            IntPtr statusMessagesOut, IntPtr expiryDatesOut, IntPtr messageIdOut, ref uint recipientCount, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetLockExpireStatus([In] byte[] password, [In] byte[] envelope, string configFile,
+            IntPtr recipientsOut, IntPtr lockStatusesOut, IntPtr statusMessagesOut, IntPtr expiryDatesOut,
+            IntPtr messageIdOut, ref uint recipientCount, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int SetLockExpireStatus([In] byte[] password, [In] byte[] envelope,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] IntPtr[] recipients, [In] int[] lockStatuses,
-            [In] IntPtr[] statusMessages, [In] long[] expiryDates, uint count, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int SetLockExpireStatus([In] byte[] password, [In] byte[] envelope, string configFile,
+            [In] IntPtr[] recipients, [In] int[] lockStatuses, [In] IntPtr[] statusMessages, [In] long[] expiryDates,
+            uint count, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetRecipientEntries([In] byte[] userName, [In] byte[] password,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, out IntPtr entries, uint startAt,
-            ref uint maxResults, out uint entryCount, out uint totalCount, [In] byte[] sortBy, byte ascending,
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetRecipientEntries([In] byte[] userName, [In] byte[] password, string configFile,
+            out IntPtr entries, uint startAt, ref uint maxResults, out uint entryCount, out uint totalCount,
+            [In] byte[] sortBy, byte ascending, IntPtr log);
+
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int SetRecipientEntries([In] byte[] password, string configFile, [In] IntPtr[] fieldNames,
+            [In] IntPtr[] fieldValues, uint fieldCount, int lockStatus, string statusMessage, long expiryDate,
             IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int SetRecipientEntries([In] byte[] password,
-            [MarshalAs(UnmanagedType.LPWStr)] string configFile, [In] IntPtr[] fieldNames, [In] IntPtr[] fieldValues,
-            uint fieldCount, int lockStatus, [MarshalAs(UnmanagedType.LPWStr)] string statusMessage, long expiryDate,
-            IntPtr log);
-
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern int AddOrUpdateRemoteRecipientEntries([In, Out] TarnRecipientEntry[] entries,
             ref uint count, ref TarnRecipientEntry record);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetKeyServerInfo([MarshalAs(UnmanagedType.LPWStr)] string configFile,
-            ref byte readByEnabled, ref byte expirationSupported, ref byte localizedTextEnabled, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetKeyServerInfo(string configFile, ref byte readByEnabled,
+            ref byte expirationSupported, ref byte localizedTextEnabled, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetSupportedLocales([MarshalAs(UnmanagedType.LPWStr)] string configFile,
-            IntPtr localesOut, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetSupportedLocales(string configFile, IntPtr localesOut, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetLocalizedMessageBody([MarshalAs(UnmanagedType.LPWStr)] string configFile,
-            [In] byte[] locale, IntPtr textBodyOut, IntPtr htmlBodyOut, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetLocalizedMessageBody(string configFile, [In] byte[] locale, IntPtr textBodyOut,
+            IntPtr htmlBodyOut, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int GetEnrollParameters([In] byte[] emailAddress, [In] byte[] keyServer,
-            [MarshalAs(UnmanagedType.LPWStr)] string locale, ref int samlUser, ref int isOneClickUser,
-            ref int securityQuestionsNumber, ref int isSecurityQuestionsEditable, IntPtr localesOut,
-            IntPtr securityQuestionsOut, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int GetEnrollParameters([In] byte[] emailAddress, [In] byte[] keyServer, string locale,
+            ref int samlUser, ref int isOneClickUser, ref int securityQuestionsNumber,
+            ref int isSecurityQuestionsEditable, IntPtr localesOut, IntPtr securityQuestionsOut, IntPtr log);
 
-        [DllImport(Library, CallingConvention = C, ExactSpelling = true)]
-        public static extern int UserEnroll([In] byte[] emailAddress, [In] byte[] keyServer,
-            [MarshalAs(UnmanagedType.LPWStr)] string firstName, [MarshalAs(UnmanagedType.LPWStr)] string lastName,
-            [MarshalAs(UnmanagedType.LPWStr)] string password, [MarshalAs(UnmanagedType.LPWStr)] string locale,
-            [In] byte[] enrollUuid, [In] byte[] senderEmailAddress, int isSimpleRegistration, int enrollmentStage,
-            [MarshalAs(UnmanagedType.LPWStr)] string personalPassPhrase,
-            [MarshalAs(UnmanagedType.LPWStr)] string securityQuestion1,
-            [MarshalAs(UnmanagedType.LPWStr)] string securityQuestion2,
-            [MarshalAs(UnmanagedType.LPWStr)] string securityQuestion3,
-            [MarshalAs(UnmanagedType.LPWStr)] string securityAnswer1,
-            [MarshalAs(UnmanagedType.LPWStr)] string securityAnswer2,
-            [MarshalAs(UnmanagedType.LPWStr)] string securityAnswer3,
-            int timeZone, [In] byte[] timeFormat, IntPtr resultOut, IntPtr log);
+        [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
+        public static extern int UserEnroll([In] byte[] emailAddress, [In] byte[] keyServer, string firstName,
+            string lastName, string password, string locale, [In] byte[] enrollUuid, [In] byte[] senderEmailAddress,
+            int isSimpleRegistration, int enrollmentStage, string personalPassPhrase, string securityQuestion1,
+            string securityQuestion2, string securityQuestion3, string securityAnswer1, string securityAnswer2,
+            string securityAnswer3, int timeZone, [In] byte[] timeFormat, IntPtr resultOut, IntPtr log);
 #pragma warning restore 1591
 
         /// <summary>

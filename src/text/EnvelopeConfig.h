@@ -15,7 +15,7 @@ using ConfigMap = std::map<std::string, std::string>;
 std::string encodeCharCodes(std::string& text);
 
 // The map behind an encoded configuration text. Left out are entries that do not come apart into exactly one key and
-// one value (an empty value, or one that holds ": ", is none), and a lone entry without "; " behind it.
+// one value, and a lone entry without "; " behind it.
 ConfigMap decodeConfigMap(std::string_view encoded);
 
 std::string formatConfigMap(const ConfigMap& entries);

@@ -15,10 +15,8 @@ def sized(data):
 
 
 def encode(value):
-    if isinstance(value, bool):
-        return b"\1" if value else b"\0"
-    if isinstance(value, int):
-        return struct.pack(">i", value)
+    if isinstance(value, (bool, int)):
+        return struct.pack(">?" if isinstance(value, bool) else ">i", value)
     if isinstance(value, str):
         return value.encode()
     if isinstance(value, dict):
@@ -34,23 +32,24 @@ def parameter(tag, value):
     return tag.encode() + sized(encode(value))
 
 
-def body(code, *parameters):
-    return b"\0\7" + code.encode() + b"".join(parameter(*p) for p in parameters) + b"\xce\xde"
-
-
 def frame(code, *parameters):
-    data = body(code, *parameters)
+    data = b"\0\7" + code.encode() + b"".join(parameter(*p) for p in parameters) + b"\xce\xde"
     return data + struct.pack(">I", zlib.crc32(data))
 
 
-def array(value):
-    items, at = [], 0
+def parameters(value, tag_size=2):
+    found, at = [], 0
     while at < len(value):
-        end = at + 4 + struct.unpack_from(">i", value, at)[0]
-        items.append(value[at + 4:end])
+        start = at + tag_size + 4
+        end = start + struct.unpack_from(">i", value, at + tag_size)[0]
+        found.append((value[at:at + tag_size].decode(), value[start:end]))
         at = end
     assert at == len(value)
-    return items
+    return dict(found) if tag_size else [item for _, item in found]
+
+
+def array(value):
+    return parameters(value, 0)
 
 
 def mapping(value):
@@ -58,22 +57,13 @@ def mapping(value):
     return dict(zip(items[::2], items[1::2], strict=True))
 
 
-def parameters(value):
-    found, at = {}, 0
-    while at < len(value):
-        end = at + 6 + struct.unpack_from(">i", value, at + 2)[0]
-        found[value[at:at + 2].decode()] = value[at + 6:end]
-        at = end
-    assert at == len(value)
-    return found
+def records(reply):
+    return [mapping(parameters(item)["da"]) for item in array(reply["ri"])]
 
 
 class Client:
     def __init__(self, port):
         self.socket = socket.create_connection(("127.0.0.1", port), LIMIT)
-
-    def close(self):
-        self.socket.close()
 
     def receive(self, count):
         data = bytearray()
@@ -85,18 +75,15 @@ class Client:
         return bytes(data)
 
     def reply(self, code):
-        head = self.receive(4)
-        read = [head]
-        found = {}
+        read, found = self.receive(4), {}
+        assert read == b"\0\7" + code.encode()
         while (tag := self.receive(2)) != b"\xce\xde":
             length = self.receive(4)
             value = self.receive(struct.unpack(">i", length)[0])
-            read += [tag, length, value]
+            read += tag + length + value
             assert tag.decode() not in found
             found[tag.decode()] = value
-        crc = zlib.crc32(b"".join(read) + b"\xce\xde")
-        assert self.receive(4) == struct.pack(">I", crc)
-        assert head == b"\0\7" + code.encode()
+        assert self.receive(4) == struct.pack(">I", zlib.crc32(read + tag))
         return struct.unpack(">h", found.pop("st"))[0], found
 
     def call(self, code, *sent):
@@ -115,8 +102,8 @@ class Client:
         return reply["en"]
 
     def decrypt(self, envelope, who, password=None, *more):
-        password = SECRET[who] if password is None else password
-        return self.call("DE", ("ky", password), ("en", envelope), ("to", who), *more)
+        return self.call("DE", ("ky", SECRET[who] if password is None else password), ("en", envelope), ("to", who),
+                         *more)
 
     def ask(self, envelope, who):
         return self.call("DE", ("en", envelope), ("to", who))
@@ -124,8 +111,7 @@ class Client:
     def track(self, envelope, sender=ALICE):
         status, reply = self.call("MI", ("ky", SECRET[sender]), ("en", envelope))
         assert status == 0, (status, reply)
-        records = [mapping(parameters(item)["da"]) for item in array(reply["ri"])]
-        return {record["to"]: record for record in records}
+        return {record["to"]: record for record in records(reply)}
 
     def set(self, envelope, who, locked=False, message="", expires=0, password="wonderland"):
         return self.call("SI", ("ky", password), ("en", envelope), ("to", who), ("ls", locked), ("sm", message),

@@ -1,12 +1,13 @@
 """Tests of tarn-standin over its socket. TARN_STANDIN names the binary."""
 
 import base64
+import contextlib
 import os
+import pathlib
 import re
 import resource
 import select
 import signal
-import socket
 import sqlite3
 import struct
 import subprocess
@@ -17,60 +18,55 @@ import unittest
 
 sys.dont_write_bytecode = True
 from wire import (ALICE, BOB, CAROL, DAVE, LIMIT, SECRET, Client, array, encode, frame, long, mapping, parameters,
-                  sized)
+                  records, sized)
 
 STANDIN = os.environ.get("TARN_STANDIN", "")
 
 
 class DaemonTest(unittest.TestCase):
     def setUp(self):
-        self.folder = tempfile.TemporaryDirectory()
-        self.addCleanup(self.folder.cleanup)
-        self.errors = self.path("errors")
-
-    def path(self, name):
-        return os.path.join(self.folder.name, name)
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
 
     def write(self, name, text):
-        with open(self.path(name), "w", encoding="utf-8") as file:
-            file.write(text)
-        return self.path(name)
+        (self.folder / name).write_text(text, "utf-8")
+        return str(self.folder / name)
 
     def start(self, *arguments, **options):
-        with open(self.errors, "wb") as errors:
-            self.daemon = subprocess.Popen([STANDIN, "--port", "0", *arguments], stdout=subprocess.PIPE, stderr=errors,
-                                           **options)
-        daemon = self.daemon
+        with open(self.folder / "errors", "wb") as errors:
+            daemon = self.daemon = subprocess.Popen([STANDIN, "--port", "0", *arguments], stdout=subprocess.PIPE,
+                                                    stderr=errors, **options)
         self.addCleanup(self.end, daemon)
         ready, _, _ = select.select([daemon.stdout], [], [], LIMIT)
         self.assertTrue(ready, "the daemon does not say that it listens")
         self.port = int(re.search(r"listening on 127\.0\.0\.1:(\d+)", daemon.stdout.readline().decode())[1])
         return self.client()
 
-    def end(self, daemon):
-        if daemon.poll() is None:
-            daemon.terminate()
+    def end(self, daemon, number=signal.SIGTERM):
+        daemon.send_signal(number)
         self.assertEqual(daemon.wait(LIMIT), 0, "the daemon ended badly")
         daemon.stdout.close()
 
     def client(self):
         client = Client(self.port)
-        self.addCleanup(client.close)
+        self.addCleanup(client.socket.close)
         return client
 
-    def error_text(self):
-        with open(self.errors, encoding="utf-8", errors="replace") as file:
-            return file.read()
-
-    def expect_error(self, text):
+    def expect_error(self, text, count=1):
         end = time.monotonic() + LIMIT
-        while text not in self.error_text():
-            self.assertLess(time.monotonic(), end, f"{text!r} is not in {self.error_text()!r}")
+        while (errors := (self.folder / "errors").read_text("utf-8")).count(text) < count:
+            self.assertLess(time.monotonic(), end, f"{text!r} is not in {errors!r}")
             time.sleep(0.005)
 
     def run_to_end(self, *arguments):
         done = subprocess.run([STANDIN, *arguments], capture_output=True, timeout=LIMIT, check=False)
-        return done.returncode, done.stdout.decode(), done.stderr.decode()
+        return done.returncode, (done.stdout + done.stderr).decode()
+
+    def expect(self, client, code, *cases):
+        for status, *sent in cases:
+            with self.subTest(sent=sent):
+                self.assertEqual(client.call(code, *sent)[0], status)
 
 
 class Frames(DaemonTest):
@@ -99,25 +95,21 @@ class Frames(DaemonTest):
             with self.subTest(complaint):
                 bad = self.client()
                 bad.socket.sendall(sent)
-                with self.assertRaises(ConnectionError):
-                    bad.receive(1)
+                self.assertRaises(ConnectionError, bad.receive, 1)
                 self.expect_error(complaint)
                 self.assertEqual(other.call("ST")[0], 0)
         lost = self.client()
         lost.socket.sendall(frame("ST")[:7])
-        lost.close()
+        lost.socket.close()
         self.expect_error("lost in the middle of a request")
-        self.assertEqual(self.error_text().count("\n"), len(cases) + 1)
+        self.expect_error("\n", len(cases) + 1)
 
     def test_a_promised_length_takes_no_memory(self):
-        client = self.start()
-        client.socket.sendall(b"\0\7BEmm" + struct.pack(">i", 200 << 20) + b"x")
+        self.start().socket.sendall(b"\0\7BEmm" + struct.pack(">i", 200 << 20) + b"x")
         self.assertEqual(self.client().call("ST")[0], 0)
-        with open(f"/proc/{self.daemon.pid}/statm", encoding="ascii") as file:
-            resident = int(file.read().split()[1]) * resource.getpagesize()
-        with open(f"/proc/{self.daemon.pid}/maps", encoding="ascii") as file:
-            sanitized = "libasan" in file.read()
-        self.assertLess(resident, (200 if sanitized else 60) << 20)
+        process = pathlib.Path(f"/proc/{self.daemon.pid}")
+        resident = int((process / "statm").read_text().split()[1]) * resource.getpagesize()
+        self.assertLess(resident, (200 if "libasan" in (process / "maps").read_text() else 60) << 20)
 
     def test_stalled_clients_hold_up_nobody(self):
         quick = self.start()
@@ -131,11 +123,8 @@ class Frames(DaemonTest):
         slow.socket.sendall(frame("DE", ("ky", SECRET[BOB]), ("en", envelope), ("to", BOB)))
         self.assertEqual(quick.call("ST")[0], 0)
         self.assertEqual(parameters(array(slow.reply("DE")[1]["da"])[0])["da"], content)
-
-    def test_requests_sent_together_are_answered_in_turn(self):
-        client = self.start()
-        client.socket.sendall(frame("ST") + frame("KV", ("ep", "")) + frame("LT"))
-        self.assertEqual([client.reply(code)[0] for code in ("ST", "KV", "LT")], [0, 0, 0])
+        slow.socket.sendall(frame("ST") + frame("KV", ("ep", "")) + frame("LT"))
+        self.assertEqual([slow.reply(code)[0] for code in ("ST", "KV", "LT")], [0, 0, 0])
 
 
 class Login(DaemonTest):
@@ -144,22 +133,16 @@ class Login(DaemonTest):
         session = client.login(BOB)
         self.assertEqual(session["user"], BOB)
         self.assertGreater(int(session["expires"]), time.time() * 1000)
-
-        def login(user, password, *more):
-            return client.call("LS", ("to", user), ("ky", password), *more)
-
-        self.assertEqual(login(DAVE, SECRET[DAVE])[0], 17)
-        self.assertEqual(login("nobody", "x")[0], 101)
-        self.assertEqual(login(BOB, SECRET[BOB], ("ep", "/nowhere"))[0], 103)
-        status, reply = login("new@example.org", "x")
-        self.assertEqual(status, 25)
-        self.assertRegex(reply["lk"].decode(), r"^http://127\.0\.0\.1/enroll\?id=[0-9a-f]{32}$")
-        self.assertEqual([login(CAROL, "wrong")[0] for _ in range(5)], [2] * 5)
-        status, reply = login(CAROL, SECRET[CAROL])
+        new, carol, wrong = ("to", "new@example.org"), ("to", CAROL), ("ky", "wrong")
+        self.expect(client, "LS", (17, ("to", DAVE), ("ky", SECRET[DAVE])), (101, ("to", "nobody"), wrong),
+                    (103, ("to", BOB), ("ky", SECRET[BOB]), ("ep", "/nowhere")), (25, new, wrong),
+                    *[(2, carol, wrong)] * 5, (0, ("to", " Bob@Example.COM"), ("ky", SECRET[BOB])))
+        link = client.call("LS", new, wrong)[1]["lk"].decode()
+        self.assertRegex(link, r"^http://127\.0\.0\.1/enroll\?id=[0-9a-f]{32}$")
+        status, reply = client.call("LS", carol, ("ky", SECRET[CAROL]))
         self.assertEqual(status, 18)
         self.assertIn(struct.unpack(">q", reply["se"])[0], range(1, 31))
         self.assertTrue(reply["em"])
-        self.assertEqual(login(" Bob@Example.COM", SECRET[BOB])[0], 0)
 
     def test_configuration_check_names_each_problem(self):
         client = self.start()
@@ -167,34 +150,13 @@ class Login(DaemonTest):
                                   "algorithm.cipher=x\nsecureport=443\nopenerurl=https://x/y\ninlinehtml=true\n")
         bad = self.write("bad", "hostname=\nnonsense\nopenerurl=ftp://x\nsecureport=65536\nunsecureport=0\n"
                                 "algorithm.=x\ncolour=red\ncolour=blue\n=x\n")
-        self.assertEqual(client.call("VC", ("ep", good), ("fm", ALICE))[0], 0)
-        self.assertEqual(client.call("VC", ("fm", ALICE))[0], 0)
+        self.expect(client, "VC", (0, ("ep", good), ("fm", ALICE)), (0, ("fm", ALICE)),
+                    *((103, ("ep", path), ("fm", ALICE)) for path in ("/nowhere", "/dev/zero", str(self.folder))))
         status, reply = client.call("VC", ("ep", bad), ("fm", "nobody@example.com"))
-        self.assertEqual(status, 104)
-        problems = mapping(reply["ec"])
-        self.assertEqual(set(problems), {"hostname", "keyserver.host", "line 2", "line 8", "line 9", "openerurl",
-                                         "secureport", "unsecureport", "algorithm.", "colour", "sender"})
-        self.assertTrue(reply["em"].startswith(b"11 problems: "))
-        os.mkfifo(self.path("pipe"))
-        for path in (self.folder.name, self.path("pipe"), self.path("none"), "/dev/zero"):
-            self.assertEqual(client.call("VC", ("ep", path), ("fm", ALICE))[0], 103)
-            self.assertEqual(client.call("KV", ("ep", path))[0], 103)
-
-    def test_features_texts_and_status_figures(self):
-        client = self.start()
-        features = mapping(client.call("KV", ("ep", ""))[1]["kd"])
-        self.assertEqual((features["feature.readByEnabled"], features["feature.localizedText"]), ("true", "true"))
-        self.assertIn("version", features)
-        reply = client.call("LT")[1]
-        names, plain, html = (mapping(reply[tag]) for tag in ("sl", "tb", "th"))
-        self.assertGreaterEqual(len(names), 6)
-        self.assertEqual(set(names), set(plain) & set(html))
-        self.assertTrue(any(max(text) > "\uffff" for text in plain.values()))
-        client.decrypt(client.encrypt(BOB), BOB)
-        figures = client.call("ST")[1]
-        self.assertEqual((figures["v "], figures["ca"], figures["bs"], figures["ss"]),
-                         (b"7.6.1", encode(1), long(1), long(1)))
-        self.assertGreater(struct.unpack(">d", figures["ea"])[0], 0)
+        self.assertEqual((status, reply["em"][:13]), (104, b"11 problems: "))
+        self.assertEqual(set(mapping(reply["ec"])), {"hostname", "keyserver.host", "line 2", "line 8", "line 9",
+                                                     "sender", "openerurl", "secureport", "unsecureport", "algorithm.",
+                                                     "colour"})
 
 
 class Encryption(DaemonTest):
@@ -202,22 +164,17 @@ class Encryption(DaemonTest):
         client = self.start()
         mine = ("sl", client.login(ALICE))
         good = (("fm", ALICE), ("to", BOB), ("mm", "Subject: x\n\ny"))
-        cases = [
-            (105, good),
-            (105, (("sl", {"token": "0" * 32, "user": ALICE}), *good)),
-            (105, (mine, ("fm", BOB), *good[1:])),
-            (100, (mine, good[0], ("to", ""), ("cc", " "), good[2])),
-            (101, (mine, *good, ("bc", "no address"))),
-            (101, (mine, ("fm", "x"), *good[1:])),
-            (103, (mine, *good, ("ep", "/nowhere"))),
-            (108, (mine, *good[:2], ("mm", ""))),
-            (108, (mine, *good[:2])),
-        ]
-        for status, sent in cases:
-            with self.subTest(sent=sent):
-                self.assertEqual(client.call("BE", *sent)[0], status)
+        cases = [(105, *good), (105, ("sl", {"token": "0" * 32, "user": ALICE}), *good),
+                 (105, mine, ("fm", BOB), *good[1:]),
+                 (101, mine, *good, ("bc", "no address")),
+                 (100, mine, good[0], ("to", ""), ("cc", " "), good[2]), (101, mine, ("fm", "x"), *good[1:]),
+                 (103, mine, *good, ("ep", "/nowhere")), (108, mine, *good[:2], ("mm", "")), (108, mine, *good[:2])]
+        self.expect(client, "BE", *cases)
+        client.decrypt(client.encrypt(BOB), BOB)
         figures = client.call("ST")[1]
-        self.assertEqual((figures["bs"], figures["bf"]), (long(0), long(len(cases))))
+        self.assertEqual([figures[tag] for tag in ("v ", "ca", "bs", "bf", "ss")],
+                         [b"7.6.1", encode(1), long(1), long(len(cases)), long(1)])
+        self.assertGreater(struct.unpack(">d", figures["ea"])[0], 0)
 
     def test_envelope_configuration_and_localized_envelopes(self):
         client = self.start()
@@ -226,12 +183,10 @@ class Encryption(DaemonTest):
                                     ("bc", "eve@example.org"), ("ec", {"hostname": "given"}), ("ep", file),
                                     ("mm", "Subject: =?utf-8?q?Gr=C3=BC=C3=9Fe?=\n\nx"))
         self.assertEqual(status, 0)
-        self.assertIn("Grüße", reply["tb"].decode())
-        self.assertIn("Grüße", reply["th"].decode())
-        self.assertIn(b"Nothing here is encrypted", reply["en"])
-        localized = [parameters(item) for item in array(reply["le"])]
-        readers = {item["lc"]: array(item["rc"]) for item in localized}
-        self.assertEqual(readers, {b"en": [b"eve@example.org"], b"de": [BOB.encode()], b"fr": [CAROL.encode()]})
+        self.assertTrue("Grüße" in reply["tb"].decode() and "Grüße" in reply["th"].decode())
+        localized = map(parameters, array(reply["le"]))
+        self.assertEqual({item["lc"]: array(item["rc"]) for item in localized}, {
+            b"en": [b"eve@example.org"], b"de": [BOB.encode()], b"fr": [CAROL.encode()]})
         status, opened = client.decrypt(reply["en"], CAROL)
         self.assertEqual(status, 0)
         self.assertEqual(mapping(opened["ec"]), {"hostname": "given", "rid": "7"})
@@ -255,14 +210,12 @@ class Encryption(DaemonTest):
         mime = b"Sensitivity: Company-Confidential\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
         for number, (head, data) in enumerate(pieces):
             mime += b"--b\r\n" + head + b"\r\n" + encodings.get(number, bytes)(data) + b"\r\n"
-        envelope = client.encrypt(BOB, mime=mime + b"--b--\r\n")
-        status, reply = client.decrypt(envelope, BOB)
+        status, reply = client.decrypt(client.encrypt(BOB, mime=mime + b"--b--\r\n"), BOB)
         self.assertEqual((status, reply["ms"]), (0, encode(3)))
         items = [parameters(item) for item in array(reply["da"])]
         for item, (_, data) in zip(items, pieces, strict=True):
             self.assertTrue(item["da"] == data, item["on"])
-        told = [(item["on"].decode(), item["fc"].decode(), item["ty"][3], item["fl"][3]) for item in items]
-        self.assertEqual(told, [
+        self.assertEqual([(item["on"].decode(), item["fc"].decode(), item["ty"][3], item["fl"][3]) for item in items], [
             ("body.txt", "text/plain; charset=utf-8", 1, 2), ("body.html", "text/html", 1, 3),
             ("ä.txt", "text/plain", 2, 0), ("../€.png", "image/png", 2, 1), ("body-2.txt", "text/plain", 1, 2),
             ("attachment.eml", "message/rfc822", 2, 2), ("attachment.bin", "application/x-nothing", 2, 2)])
@@ -272,8 +225,7 @@ class Encryption(DaemonTest):
         client = self.start()
         session = ("sl", client.login())
         deep = b"".join(b"Content-Type: multipart/mixed; boundary=b%d\n\n--b%d\n" % (i, i) for i in range(20000))
-        for mime in (deep, b"Content-Type: message/rfc822\n\n" * 20000, b"Content-Type: multipart/mixed\n\n",
-                     b"A:" + bytes(range(256)) * 20 + b"\n\n"):
+        for mime in (deep, b"Content-Type: message/rfc822\n\n" * 20000, b"A:" + bytes(range(256)) * 20 + b"\n\n"):
             self.assertIn(client.call("BE", session, ("fm", ALICE), ("to", BOB), ("mm", mime))[0], (0, 108))
 
 
@@ -282,45 +234,32 @@ class Decryption(DaemonTest):
         client = self.start()
         new = "new@example.org"
         envelope = client.encrypt(BOB, CAROL, DAVE, new, mime="Sensitivity: private\nSubject: s\n\nx")
-        cases = [(5, BOB), (7, ALICE), (11, new), (15, "else@example.org"), (17, DAVE)]
-        for status, who in cases:
-            self.assertEqual(client.ask(envelope, who)[0], status, who)
-        status, reply = client.ask(envelope, new)
+        tampered = envelope.replace(b"waits", b"Waits")
+        cases = [(5, BOB), (7, ALICE), (11, new), (15, "else@example.org"), (17, DAVE), (34, BOB, b""),
+                 (34, BOB, b"<html>"), (26, BOB, envelope[:-20]), (26, BOB, tampered), (26, BOB, envelope[:170]),
+                 (5, BOB, envelope.replace(b"\n", b"\r\n "))]
+        self.expect(client, "DE", *((status, ("en", (*text, envelope)[0]), ("to", to)) for status, to, *text in cases))
+        reply = client.ask(envelope, new)[1]
         self.assertEqual((reply["fm"], reply["ms"]), (ALICE.encode(), encode(2)))
         self.assertTrue(reply["lk"].endswith(reply["uu"]))
-        self.assertEqual(client.call("DE", ("en", envelope))[0], 5)
-        self.assertEqual(client.decrypt(envelope, BOB, "")[0], 5)
-        self.assertEqual(client.decrypt(envelope, ALICE)[0], 0)
+        self.expect(client, "DE", (5, ("en", envelope)), (5, ("en", envelope), ("to", BOB), ("ky", "")),
+                    (0, ("en", envelope), ("to", ALICE), ("ky", SECRET[ALICE])),
+                    *[(2, ("en", envelope), ("to", CAROL), ("ky", "wrong"))] * 5)
+        status, reply = client.ask(envelope, CAROL)
+        self.assertEqual((status, len(reply["se"])), (18, 8))
+        elsewhere = self.start()
+        self.assertEqual(elsewhere.ask(envelope, BOB)[0], 16)
 
-        tampered = envelope.replace(b"waits", b"Waits")
-        for status, text in ((34, b""), (34, b"<html>"), (26, envelope[:-20]), (26, tampered), (26, envelope[:170])):
-            self.assertEqual(client.ask(text, BOB)[0], status, text)
-        self.assertEqual(client.ask(envelope.replace(b"\n", b"\r\n "), BOB)[0], 5)
-
+    def test_locked_and_expired(self):
+        client = self.start()
+        envelope = client.encrypt(BOB)
         now = int(time.time() * 1000)
-        for status, settings in ((21, (True, "")), (20, (True, "Grüße")), (19, (False, "", now - 1)),
-                                 (5, (False, "", now + 60000))):
+        for status, settings in ((21, (True, "")), (19, (False, "", now - 1)), (5, (False, "", now + 60000)),
+                                 (20, (True, "Grüße"))):
             self.assertEqual(client.set(envelope, BOB, *settings)[0], 0)
             self.assertEqual(client.ask(envelope, BOB)[0], status)
             self.assertEqual(client.decrypt(envelope, BOB)[0], 0 if status == 5 else status)
-        client.set(envelope, BOB, True, "Grüße")
         self.assertEqual(client.ask(envelope, BOB)[1]["em"].decode(), "Grüße")
-
-        self.assertEqual([client.decrypt(envelope, CAROL, "wrong")[0] for _ in range(5)], [2] * 5)
-        status, reply = client.ask(envelope, CAROL)
-        self.assertEqual((status, len(reply["se"])), (18, 8))
-
-    def test_an_envelope_of_another_store_is_unknown(self):
-        envelope = self.start().encrypt(BOB)
-        self.assertEqual(self.start().ask(envelope, BOB)[0], 16)
-
-    def test_recipients_without_a_password(self):
-        client = self.start()
-        envelope = client.encrypt(BOB, cc=CAROL, bc="eve@example.org")
-        status, reply = client.call("DE", ("en", envelope), ("po", True))
-        self.assertEqual((status, array(reply["tr"]), array(reply["tc"])), (0, [BOB.encode()], [CAROL.encode()]))
-        self.assertNotIn("da", reply)
-        self.assertEqual(client.call("DE", ("en", b"x"), ("po", True))[0], 34)
 
     def test_keeping_open_and_finding_the_owner_of_a_password(self):
         client = self.start()
@@ -328,16 +267,14 @@ class Decryption(DaemonTest):
         self.assertEqual(client.decrypt(envelope, BOB)[1]["ku"], b"")
         key = client.decrypt(envelope, BOB, None, ("po", True))[1]["ku"]
         self.assertEqual(len(key), 32)
-        self.assertEqual(client.ask(envelope, BOB)[0], 6)
-        self.assertEqual(client.decrypt(envelope, BOB, "", ("sk", key))[0], 0)
-        self.assertEqual(client.call("DE", ("ky", ""), ("en", envelope), ("sk", key))[0], 0)
-        self.assertEqual(client.decrypt(envelope, CAROL, "", ("sk", key))[0], 200)
-        self.assertEqual(client.decrypt(client.encrypt(BOB), BOB, "", ("sk", key))[0], 200)
+        this, bob, kept = ("en", envelope), ("to", BOB), ("sk", key)
+        self.expect(client, "DE", (6, this, bob), (0, this, bob, kept), (0, this, kept),
+                    (200, this, ("to", CAROL), kept), (200, ("en", client.encrypt(BOB)), bob, kept),
+                    (2, this, ("ky", "wrong")))
         client.set(envelope, BOB, True)
-        self.assertEqual(client.decrypt(envelope, BOB, "", ("sk", key))[0], 21)
-        status, reply = client.call("DE", ("ky", SECRET[CAROL]), ("en", envelope))
+        self.assertEqual(client.decrypt(envelope, BOB, "", kept)[0], 21)
+        status, reply = client.call("DE", this, ("ky", SECRET[CAROL]))
         self.assertEqual((status, reply["em"]), (0, b"opened for carol@example.com"))
-        self.assertEqual(client.call("DE", ("ky", "wrong"), ("en", envelope))[0], 2)
 
 
 class Tracking(DaemonTest):
@@ -351,44 +288,38 @@ class Tracking(DaemonTest):
         failed = client.track(envelope)[BOB]
         self.assertEqual((failed["numTries"], failed["firstOpenDate"]), ("1", "0"))
         self.assertGreaterEqual(int(failed["lastFailOpenDate"]), int(before["createDate"]))
-        client.decrypt(envelope, BOB)
-        first = client.track(envelope)[BOB]
-        time.sleep(0.005)
-        client.decrypt(envelope, BOB)
-        second = client.track(envelope)[BOB]
-        self.assertEqual((second["numTries"], second["firstOpenDate"]), ("3", first["firstOpenDate"]))
+        opened = []
+        for _ in range(2):
+            time.sleep(0.005)
+            client.decrypt(envelope, BOB)
+            opened.append(client.track(envelope)[BOB])
+        first, second = opened
+        self.assertEqual((second["numTries"], second["firstOpenDate"]), ("3", first["lastOpenDate"]))
         self.assertGreater(int(second["lastOpenDate"]), int(first["lastOpenDate"]))
         self.assertEqual(second["lastModifiedDate"], second["lastOpenDate"])
-        self.assertEqual(client.track(envelope)[CAROL]["numTries"], "0")
         client.set(envelope, BOB, True, "m", 2**40)
         record = client.track(envelope)[BOB]
         self.assertEqual((record["FLAGS"], record["statusMsg"], record["expiryDate"]), ("2", "m", str(2**40)))
+        self.assertEqual([client.track(envelope)[CAROL][field] for field in ("numTries", "FLAGS")], ["0", "0"])
 
     def test_refusals(self):
         client = self.start()
         envelope = client.encrypt(BOB)
-        alice = (("fm", ALICE), ("ky", SECRET[ALICE]))
-        info = [(5, (("en", envelope),)), (2, (("en", envelope), ("ky", "x"))), (100, (("ky", "x"),)),
-                (5, (("fm", ALICE),)), (2, (("fm", ALICE), ("ky", "x"))), (101, (*alice, ("sf", "password"))),
-                (34, (("en", b"x"),)), (11, (("fm", "new@example.org"), ("ky", "x")))]
-        for status, sent in info:
-            self.assertEqual(client.call("MI", *sent)[0], status, sent)
+        this, bob, alice = ("en", envelope), ("to", BOB), (("fm", ALICE), ("ky", SECRET[ALICE]))
+        self.expect(client, "MI", (5, this), (2, this, ("ky", "x")), (100, ("ky", "x")), (5, alice[0]),
+                    (2, alice[0], ("ky", "x")), (101, *alice, ("sf", "password")), (34, ("en", b"x")),
+                    (11, ("fm", "new@example.org"), ("ky", "x")))
         lock = (("ky", SECRET[ALICE]), ("ls", True), ("sm", ""), ("ed", long(0)))
-        settings = [(102, (("en", envelope), ("to", CAROL), *lock)), (100, (("en", envelope), *lock)),
-                    (5, (("en", envelope), ("to", BOB), *lock[1:])), (101, (("ri", {"colour": "red"}), *lock)),
-                    (100, (("ri", {}), *lock)), (102, (("ri", {"to": CAROL}), *lock)),
-                    (2, (("ri", {"to": BOB}), ("ky", "x"), *lock[1:])),
-                    (101, (("en", envelope), ("to", BOB), *lock[:3], ("ed", long(-1))))]
-        for status, sent in settings:
-            self.assertEqual(client.call("SI", *sent)[0], status, sent)
+        self.expect(client, "SI", (102, this, ("to", CAROL), *lock), (100, this, *lock), (5, this, bob, *lock[1:]),
+                    (101, ("ri", {"colour": "red"}), *lock), (100, ("ri", {}), *lock),
+                    (102, ("ri", {"to": CAROL}), *lock), (2, ("ri", {"to": BOB}), ("ky", "x"), *lock[1:]),
+                    (5, ("ri", {"to": BOB}), *lock[1:]), (101, this, bob, *lock[:3], ("ed", long(-1))))
         self.assertEqual(client.track(envelope)[BOB]["FLAGS"], "0")
 
     def test_selection_changes_only_the_owner_s_records(self):
         client = self.start()
         of_alice, of_carol = client.encrypt(BOB, DAVE), client.encrypt(BOB, sender=CAROL)
         self.assertEqual(client.call("SI", ("ky", SECRET[CAROL]), ("ri", {"to": BOB}), ("ls", True))[0], 0)
-        self.assertEqual(client.call("SI", ("ri", {"to": BOB}), ("ls", False))[0], 5)
-        self.assertEqual(client.call("SI", ("ky", "x"), ("ri", {"to": BOB}), ("ls", False))[0], 2)
         self.assertEqual(client.track(of_alice)[BOB]["FLAGS"], "0")
         self.assertEqual(client.track(of_carol, CAROL)[BOB]["FLAGS"], "2")
         number = client.track(of_alice)[DAVE]["msgId"]
@@ -405,15 +336,13 @@ class Tracking(DaemonTest):
             status, reply = client.call("MI", ("fm", ALICE), ("ky", SECRET[ALICE]), ("sf", sort), ("as", ascending),
                                         ("si", start), ("mx", size))
             self.assertEqual((status, reply["si"], reply["mx"]), (0, encode(start), encode(10000)))
-            return [mapping(parameters(item)["da"])["to"] for item in array(reply["ri"])]
+            return [record["to"] for record in records(reply)]
 
         begun = time.monotonic()
-        self.assertEqual(page(0, -1, True), names)
-        self.assertEqual(page(0, 3, False), names[:-4:-1])
-        self.assertEqual(page(9998, 50, True), names[9998:])
-        self.assertEqual(page(20000, 5, True), [])
-        self.assertEqual(page(0, 0, True), [])
-        self.assertEqual(page(10, 2, True, "numTries"), names[10:12])
+        for arguments, expected in (((0, -1, True), names), ((0, 3, False), names[:-4:-1]),
+                                    ((9998, 50, True), names[9998:]), ((20000, 5, True), []), ((0, 0, True), []),
+                                    ((10, 2, True, "numTries"), names[10:12])):
+            self.assertEqual(page(*arguments), expected)
         self.assertLess(time.monotonic() - begun, 5)
 
 
@@ -461,94 +390,70 @@ class Enrollment(DaemonTest):
 
 class Store(DaemonTest):
     def test_unusable_stores_end_the_start_with_code_3(self):
-        other = sqlite3.connect(self.path("other"))
-        other.execute("CREATE TABLE t (x)")
-        other.close()
-        self.write("text", "no database at all, but long enough to be looked at\n" * 20)
-        self.start("--store", self.path("held"))
-        held = sqlite3.connect(self.path("held"))
-        self.addCleanup(held.close)
-        held.execute("BEGIN EXCLUSIVE")
-        cases = [(self.folder.name, "not a regular file"), ("/dev/full", "not a regular file"),
-                 (self.path("text"), "not a database"), (self.path("other"), "another program"),
-                 (self.path("held"), "locked"), (self.path("no/such/folder"), "unable to open")]
-        for path, complaint in cases:
-            code, _, errors = self.run_to_end("--port", "0", "--store", path)
-            self.assertEqual(code, 3, path)
-            self.assertIn(complaint, errors)
-            self.assertIn(path, errors)
-
-    def test_a_damaged_store_is_refused(self):
-        path = self.path("store")
-        self.start("--store", path).encrypt(BOB, mime=b"A: b\n\n" + b"x" * 100000)
+        other, held, damaged = (str(self.folder / name) for name in ("other", "held", "damaged"))
+        with contextlib.closing(sqlite3.connect(other)) as database:
+            database.execute("CREATE TABLE t (x)")
+        self.start("--store", damaged).encrypt(BOB, mime=b"A: b\n\n" + b"x" * 100000)
         self.end(self.daemon)
-        with open(path, "r+b") as file:
+        with open(damaged, "r+b") as file:
             file.seek(4096)
             file.write(os.urandom(8 * 4096))
-        code, _, errors = self.run_to_end("--port", "0", "--store", path)
-        self.assertEqual(code, 3)
-        self.assertRegex(errors, "damaged|malformed")
+        self.start("--store", held)
+        lock = sqlite3.connect(held)
+        self.addCleanup(lock.close)
+        lock.execute("BEGIN EXCLUSIVE")
+        text = self.write("text", "no database at all, but long enough to be looked at\n" * 20)
+        for path, complaint in ((str(self.folder), "not a regular file"), ("/dev/full", "not a regular file"),
+                                (text, "not a database"), (other, "another program"), (held, "locked"),
+                                (str(self.folder / "no/such"), "unable to open"), (damaged, "damaged|malformed")):
+            code, errors = self.run_to_end("--port", "0", "--store", path)
+            self.assertEqual(code, 3, path)
+            self.assertRegex(errors, complaint)
+            self.assertIn(path, errors)
 
     def test_state_outlives_the_daemon_and_holds_no_password(self):
-        path = self.path("store")
+        path = self.folder / "store"
         envelope = self.start("--store", path).encrypt(BOB)
         self.end(self.daemon)
-        with open(path, "rb") as file:
-            content = file.read()
-        self.assertFalse([password for password in SECRET.values() if password.encode() in content])
+        self.assertFalse([password for password in SECRET.values() if password.encode() in path.read_bytes()])
         self.assertEqual(self.start("--store", path).decrypt(envelope, BOB)[0], 0)
 
     def test_a_failing_store_refuses_whole_requests(self):
-        path = self.path("store")
-        limited = 400_000
+        path, limited = self.folder / "store", 400_000
         client = self.start("--store", path, restore_signals=True,
                             preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limited, limited)))
         envelope = client.encrypt(BOB)
-        session = ("sl", client.login())
-        large = (session, ("fm", ALICE), ("to", CAROL), ("mm", b"A: b\n\n" + b"x" * 3 * limited))
-        status, reply = client.call("BE", *large)
+        status, reply = client.call("BE", ("sl", client.login()), ("fm", ALICE), ("to", CAROL),
+                                    ("mm", b"A: b\n\n" + b"x" * 3 * limited))
         self.assertEqual(status, 109)
         self.assertIn(b"store", reply["em"])
         self.expect_error("store: ")
-        self.assertEqual(client.decrypt(envelope, BOB)[0], 0)
         status, reply = client.call("MI", ("fm", ALICE), ("ky", SECRET[ALICE]), ("mx", 9))
         self.assertEqual((status, reply["mx"]), (0, encode(1)))
         held = sqlite3.connect(path)
         self.addCleanup(held.close)
-        held.execute("BEGIN EXCLUSIVE")
-        self.assertEqual(client.decrypt(envelope, BOB)[0], 109)
-        self.assertEqual(client.call("ST")[0], 0)
-        held.execute("ROLLBACK")
-        self.assertEqual(client.decrypt(envelope, BOB)[0], 0)
+        for statement, status in (("BEGIN EXCLUSIVE", 109), ("ROLLBACK", 0)):
+            held.execute(statement)
+            self.assertEqual(client.decrypt(envelope, BOB)[0], status)
+            self.assertEqual(client.call("ST")[0], 0)
 
 
 class Lifecycle(DaemonTest):
     def test_signals_end_it_in_the_middle_of_an_exchange(self):
         for number in (signal.SIGINT, signal.SIGTERM):
-            client = self.start("--store", self.path("store"))
+            client = self.start("--store", self.folder / "store")
             client.socket.sendall(frame("LS", ("to", BOB), ("ky", SECRET[BOB]))[:20])
             self.assertEqual(self.client().call("ST")[0], 0)
-            self.daemon.send_signal(number)
-            self.assertEqual(self.daemon.wait(LIMIT), 0)
-
-    def test_stop_answers_and_ends_it(self):
-        client = self.start()
-        stalled = self.client()
-        stalled.socket.sendall(b"\0")
-        self.assertEqual(client.call("SD")[0], 0)
-        self.assertEqual(self.daemon.wait(LIMIT), 0)
+            self.end(self.daemon, number)
 
     def test_wrong_arguments_and_a_taken_port(self):
         self.start()
-        code, _, errors = self.run_to_end("--port", str(self.port))
+        code, errors = self.run_to_end("--port", str(self.port))
         self.assertEqual(code, 4)
         self.assertIn(f"127.0.0.1:{self.port}: another program listens there", errors)
         for arguments in (("--port", "x"), ("--port", "70000"), ("--colour",), ("more",), ("--store",)):
             self.assertEqual(self.run_to_end(*arguments)[0], 2, arguments)
-        code, text, _ = self.run_to_end("--help")
-        self.assertEqual(code, 0)
-        for word in ("--store", "--port", "--trace", "Exit codes"):
-            self.assertIn(word, text)
+        self.assertIn("Exit codes", self.run_to_end("--help")[1])
 
     def test_the_trace_is_readable_and_shows_no_secret(self):
         client = self.start("--trace")
@@ -560,25 +465,11 @@ class Lifecycle(DaemonTest):
         client.call("SD")
         self.assertEqual(self.daemon.wait(LIMIT), 0)
         text = self.daemon.stdout.read().decode()
-        for secret in (token, key, "hushhush1", "passphrase", "Rex", *SECRET.values()):
+        for secret in (token, key, "hushhush1", "passphrase", "Rex", "\x1b", *SECRET.values()):
             self.assertNotIn(secret, text)
         self.assertIn("#1 ->   'to' text \"bob@example.com\"\n", text)
         self.assertIn("#1 ->   'po' bool true\n", text)
         self.assertRegex(text, r"'mm' text \".*\"\.\.\. \(4012 bytes\)\n")
-        self.assertNotIn("\x1b", text)
-
-    def test_a_trace_that_cannot_be_written_ends_alone(self):
-        with open("/dev/full", "wb") as full, open(self.errors, "wb") as errors:
-            with socket.socket() as free:
-                free.bind(("127.0.0.1", 0))
-                self.port = free.getsockname()[1]
-            daemon = subprocess.Popen([STANDIN, "--trace", "--port", str(self.port)], stdout=full, stderr=errors)
-        self.addCleanup(daemon.wait, LIMIT)
-        self.addCleanup(daemon.terminate)
-        self.expect_error("standard output cannot be written")
-        client = self.client()
-        self.assertEqual([client.call("ST")[0], client.call("ST")[0]], [0, 0])
-        self.assertEqual(self.error_text().count("the trace cannot be written and ends"), 1)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,27 @@
+# Adds the tools: always with TARN_TOOLS=ON, and with AUTO when the packages that they need are there, so that the library
+# alone can be built without any.
+set(TARN_TOOLS AUTO CACHE STRING "Build the command-line client, and on Linux the stand-in daemon: ON, OFF or AUTO")
+
+set(build_tools "${TARN_TOOLS}")
+if(TARN_TOOLS STREQUAL AUTO)
+  set(build_tools ON)
+  find_path(TARN_CLI11 CLI/CLI.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
+  find_path(TARN_JSON nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT WIN32)
+    find_package(PkgConfig QUIET)
+    if(PkgConfig_FOUND)
+      pkg_check_modules(TARN_STANDIN_PACKAGES QUIET gmime-3.0 sqlite3 zlib)
+    endif()
+  endif()
+  if(NOT TARN_CLI11 OR NOT TARN_JSON OR NOT (WIN32 OR TARN_STANDIN_PACKAGES_FOUND))
+    message(STATUS "The tools are left out: packages are missing that scripts/setup demo installs")
+    set(build_tools OFF)
+  endif()
+endif()
+
+if(build_tools)
+  add_subdirectory(tools/tarn)
+  if(NOT WIN32)
+    add_subdirectory(tools/standin)
+  endif()
+endif()
