@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TarnRemoteClient.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -7,7 +9,7 @@
 namespace Text {
 
 // What stands between the items of a list that is returned as one text.
-inline constexpr std::string_view listDelimiter = "{plugin_delimiter}";
+inline constexpr std::string_view listDelimiter = TARN_LIST_DELIMITER;
 
 // Cuts a text at every character that is one of the delimiters. Empty pieces are kept: an empty text is one empty
 // piece, and a delimiter at the end leaves an empty piece behind it.
