@@ -20,8 +20,9 @@ static void sendRecipients(Merrow::CommandOutputStream& out, Merrow::Tag paramet
 
 std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const char* bccList, const char* from,
                                    const char* password, const char* mimeMessage, const WideChar* configFile,
-                                   WideChar* envelopeOut, WideChar* tbOut, WideChar* thOut, WideChar* anOut,
-                                   const char* encodedEnvelopeConfig, const char* loginFlag, char* logBuffer)
+                                   WideChar* envelopeOut, WideChar* textBodyOut, WideChar* htmlBodyOut,
+                                   WideChar* attachmentNameOut, const char* encodedEnvelopeConfig,
+                                   const char* loginFlag, char* logBuffer)
 {
     return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
         log("Got socket: ", connectToDaemon());
@@ -71,9 +72,9 @@ std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const
         log("Status message:\n", envelope->getStatusMessage());
         if (call.result == 0) {
             Text::utf8IntoWide(envelope->en.c_str(), envelopeOut);
-            Text::utf8IntoWide(envelope->tb.c_str(), tbOut);
-            Text::utf8IntoWide(envelope->th.c_str(), thOut);
-            Text::utf8IntoWide(envelope->an.c_str(), anOut);
+            Text::utf8IntoWide(envelope->tb.c_str(), textBodyOut);
+            Text::utf8IntoWide(envelope->th.c_str(), htmlBodyOut);
+            Text::utf8IntoWide(envelope->an.c_str(), attachmentNameOut);
         }
     });
 }
