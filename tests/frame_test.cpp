@@ -63,6 +63,15 @@ TEST_F(ExportTest, ResetConnectionFailsTheCallAndRaisesNoSignal)
 }
 #endif
 
+TEST(Header, TheVersionMacrosAgree)
+{
+    EXPECT_EQ(std::to_string(TARN_REMOTE_CLIENT_VERSION_MAJOR) + "." +
+                  std::to_string(TARN_REMOTE_CLIENT_VERSION_MINOR) + "." +
+                  std::to_string(TARN_REMOTE_CLIENT_VERSION_PATCH) + "." +
+                  std::to_string(TARN_REMOTE_CLIENT_VERSION_TWEAK),
+              TARN_REMOTE_CLIENT_VERSION);
+}
+
 TEST(NoDaemon, EveryKindOfCallReturnsItsFailureValue)
 {
     Output<char> log(TARN_LOG_SIZE);

@@ -3,10 +3,18 @@
 #include "support/ExportTest.h"
 
 #include <new>
+#include <thread>
+
+#ifndef _WIN32
+#include <sys/syscall.h>
+#endif
 
 namespace {
 
 bool outOfMemory = false;
+#ifndef _WIN32
+std::vector<std::size_t> sendSizes;
+#endif
 
 } // namespace
 
@@ -18,6 +26,17 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
         return nullptr;
     }
 }
+
+#ifndef _WIN32
+// Stands in for the system's: the library's sends come by here, and the scripted daemon's from its own thread.
+extern "C" ssize_t send(int socket, const void* bytes, std::size_t count, int flags)
+{
+    if (getpid() == gettid()) {
+        sendSizes.push_back(count);
+    }
+    return syscall(SYS_sendto, socket, bytes, count, flags, nullptr, 0);
+}
+#endif
 
 TEST_F(ExportTest, NoMemoryForTheReplyIsLoggedAndNothingIsRead)
 {
@@ -44,4 +63,17 @@ TEST_F(ExportTest, NoMemoryForTheReplyIsLoggedAndNothingIsRead)
     EXPECT_EQ(entries, nullptr);
     EXPECT_TRUE(text.untouched() && wideText.untouched());
     outOfMemory = false;
+
+    while (daemon.requests().size() < 7) { // the test's time limit ends the waiting
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(request(6).substr(0, 4), std::string("\0\7MI", 4)) << "every request has left";
 }
+
+#ifndef _WIN32
+TEST_F(ExportTest, EachPrimitiveWriteIsOneSendOfTheSystem)
+{
+    learnVersion();
+    EXPECT_EQ(sendSizes, (std::vector<std::size_t>{2, 2, 2, 4})) << "version, code, end marker, CRC";
+}
+#endif

@@ -8,6 +8,12 @@
 #include <filesystem>
 #include <thread>
 
+#ifndef _WIN32
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/time.h>
+#endif
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -121,6 +127,46 @@ TEST(PlatformProcess, LaunchRunsTheProgramWithSplitParameters)
     EXPECT_TRUE(std::filesystem::remove(witness));
     EXPECT_EQ(Platform::launchHidden("\"/no/such/program\"", "x"), 2);
 }
+
+#ifndef _WIN32
+TEST(PlatformProcess, LaunchLooksForNothingInTheCurrentFolder)
+{
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() / "tarn-launch-folder";
+    std::filesystem::create_directories(folder);
+    std::filesystem::current_path(folder);
+    for (const std::string name : {"true", R"(c:\java\bin\java.exe)"}) {
+        std::filesystem::copy_file("/bin/true", folder / name, std::filesystem::copy_options::overwrite_existing);
+        EXPECT_EQ(Platform::launchHidden(name.c_str(), ""), 2) << name;
+    }
+    std::filesystem::current_path("/");
+    std::filesystem::remove_all(folder);
+}
+
+TEST(PlatformProcess, LaunchReportsFailuresUnderSignalsAndWithoutDescriptors)
+{
+    struct sigaction onAlarm
+    {
+    };
+    onAlarm.sa_handler = [](int) {}; // without SA_RESTART: what it interrupts ends with EINTR
+    sigaction(SIGALRM, &onAlarm, nullptr);
+    const itimerval often{.it_interval = {0, 200}, .it_value = {0, 200}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    for (int i = 0; i < 300; ++i) {
+        ASSERT_EQ(Platform::launchHidden("/no/such/program", ""), 2) << i;
+    }
+    const itimerval never{};
+    setitimer(ITIMER_REAL, &never, nullptr);
+
+    // The two ends of the pipe are the last descriptors that the process gets.
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = static_cast<rlim_t>(next) + 2;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_LE(Platform::launchHidden("/bin/true", ""), 32) << "whether it started is not known";
+}
+#endif
 
 TEST(PlatformProcessDeathTest, LogThatDoesNotFitEndsTheProcess)
 {

@@ -184,5 +184,5 @@ TEST(Decoding, NegativeLengthsAndBrokenConnectionsEndTheRead)
     EXPECT_EQ(broken.readFully(buffer, 8), 0) << "nothing more is asked of a broken connection";
     EXPECT_EQ(broken.readShort(), 0xFFFF);
     EXPECT_TRUE(broken.readStringMap(INT32_MAX).empty()) << "no count of entries that never came is walked through";
-    EXPECT_EQ(broken.readString(INT32_MAX), "") << "a text that never came costs no copy of its length";
+    EXPECT_EQ(broken.readString(100'000'000), "") << "a text that never came costs no copy of its length";
 }

@@ -8,7 +8,6 @@
 #include "protocol/CommandInputSocket.h"
 #include "protocol/CommandOutputSocket.h"
 
-#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -24,8 +23,10 @@ struct Frame
     Result initial;
     std::optional<Result> onFailure = {}; // else a failed call returns the result as it stood
     const char* failureLabel = "Unexpected exception occured. GetLastError() : ";
-    bool copiesLog = true;
 };
+
+// The frame of most exports: they return a status code, -1 until a reply was read.
+inline constexpr Frame<std::int32_t> statusFrame{.initial = -1};
 
 // One running call, as its body sees it.
 template <class Result>
@@ -34,7 +35,7 @@ struct Call
     Merrow::CommandInputSocket in{daemonSocket};
     Merrow::CommandOutputSocket out{daemonSocket};
     Result result;
-    bool copiesLog;
+    bool copiesLog = true;
 };
 
 void logFailure(LogLabel label, std::uint32_t error) noexcept;
@@ -43,10 +44,9 @@ void logFailure(const Merrow::CommandException& exception) noexcept;
 template <class Result, class Body>
 Result runCall(const Frame<Result>& frame, char* logBuffer, Body body) noexcept
 {
-    // The run-time clears the system's last error number when a thread first asks about exceptions: it does so here.
-    [[maybe_unused]] const volatile int exceptions = std::uncaught_exceptions();
+    Platform::prepareExceptions();
     operationLog().clear();
-    Call<Result> call{.result = frame.initial, .copiesLog = frame.copiesLog};
+    Call<Result> call{.result = frame.initial};
     try {
         body(call);
     } catch (const Merrow::CommandException& exception) {

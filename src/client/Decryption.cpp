@@ -20,7 +20,7 @@ std::int32_t DecryptEnvelope(const char* password, const char* envelope, const W
                              const char* recipient, const char* sessionKey, char* configOut, std::uint8_t keepOpen,
                              WideChar* kuOut, WideChar* fromOut, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("Got socket: ", connectToDaemon());
         log("Starting RemoteEnvelopeDecrypter...");
         call.out.beginCommand(code("DE"));

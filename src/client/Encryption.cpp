@@ -24,7 +24,7 @@ std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const
                                    WideChar* attachmentNameOut, const char* encodedEnvelopeConfig,
                                    const char* loginFlag, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("Got socket: ", connectToDaemon());
         const std::string_view encodedConfig = Text::orEmpty(encodedEnvelopeConfig);
         Text::ConfigMap config = Text::decodeConfigMap(encodedConfig);

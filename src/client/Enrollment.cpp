@@ -30,7 +30,7 @@ std::int32_t GetEnrollParameters(const char* emailAddress, const char* keyServer
                                  std::int32_t* securityQuestionsNumber, std::int32_t* isSecurityQuestionsEditable,
                                  WideChar* localesOut, WideChar* securityQuestionsOut, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("GetEnrollParameters is called.");
         connectToDaemon();
         call.out.beginCommand(code("EP"));
@@ -63,7 +63,7 @@ std::int32_t UserEnroll(const char* emailAddress, const char* keyServer, const W
                         const WideChar* securityAnswer2, const WideChar* securityAnswer3, std::int32_t timeZone,
                         const char* timeFormat, char* resultOut, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("EnrollUser is called.");
         connectToDaemon();
         call.out.beginCommand(code("EU"));

@@ -12,7 +12,7 @@ using Merrow::tag;
 std::int32_t GetKeyServerInfo(const WideChar* configFile, std::uint8_t* readByEnabled,
                               std::uint8_t* expirationSupported, std::uint8_t* localizedTextEnabled, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("GetKeyServerInfo is called.");
         connectToDaemon();
         call.out.beginCommand(code("KV"));
@@ -55,7 +55,7 @@ static Merrow::RemoteLocalizedText askForTexts(Call<std::int32_t>& call, const W
 
 std::int32_t GetSupportedLocales(const WideChar* configFile, WideChar* localesOut, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("GetSupportedLocales is called.");
         const Merrow::RemoteLocalizedText texts = askForTexts(call, configFile);
         if (call.result == 0) {
@@ -73,7 +73,7 @@ static std::string textOf(const Merrow::StringMap& texts, const std::string& loc
 std::int32_t GetLocalizedMessageBody(const WideChar* configFile, const char* locale, char* textBodyOut,
                                      char* htmlBodyOut, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("GetLocalizedMessageBody is called.");
         const Merrow::RemoteLocalizedText texts = askForTexts(call, configFile);
         if (call.result == 0) {

@@ -10,7 +10,7 @@ using Merrow::code;
 
 std::uint8_t StartTarnDaemon(const char* jarDaemon, char* logBuffer)
 {
-    return runCall<std::uint8_t>({.initial = 0, .onFailure = 0}, logBuffer, [&](auto& call) {
+    return runCall<std::uint8_t>({.initial = 0}, logBuffer, [&](auto& call) {
         log("Starting Tarn daemon, jarDaemon: ", jarDaemon);
         // The path is not quoted: one with blanks reaches Java in pieces.
         const std::string parameters = "-jar " + std::string(Text::orEmpty(jarDaemon));
@@ -22,7 +22,7 @@ std::uint8_t StartTarnDaemon(const char* jarDaemon, char* logBuffer)
 
 std::uint8_t StopTarnDaemon(char* logBuffer)
 {
-    return runCall<std::uint8_t>({.initial = 0, .onFailure = 0}, logBuffer, [&](auto& call) {
+    return runCall<std::uint8_t>({.initial = 0}, logBuffer, [&](auto& call) {
         log("Got socket: ", connectToDaemon());
         log("Starting RemoteStopDaemon...");
         call.out.beginCommand(code("SD"));
@@ -41,7 +41,7 @@ std::uint8_t StopTarnDaemon(char* logBuffer)
 
 std::int32_t GetTarnVersion(char* version, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         clientVersion() = buildClientVersion();
         log("Got socket: ", connectToDaemon());
         log("Starting RemoteGetStatus...");

@@ -57,7 +57,8 @@ std::int32_t GetPayloadStatus(const char* envelope, const WideChar* configFile, 
                               std::int32_t* sensitivity)
 {
     *sensitivity = unknownSensitivity;
-    return runCall<std::int32_t>({.initial = -1, .copiesLog = false}, nullptr, [&](auto& call) {
+    return runCall(statusFrame, nullptr, [&](auto& call) {
+        call.copiesLog = false;
         log("Got socket: ", connectToDaemon());
         Text::JoinedList texts(Text::listDelimiter);
         Text::JoinedList codes(";");
@@ -95,7 +96,7 @@ std::int32_t GetPayloadStatus(const char* envelope, const WideChar* configFile, 
 std::int32_t GetRecipients(const char* envelope, WideChar* recipientsOut, std::uint32_t* sensitivityOut,
                            char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("Got socket: ", connectToDaemon());
         log("Starting RemoteEnvelopeDecrypter...");
         call.out.beginCommand(code("DE"));

@@ -17,7 +17,7 @@ std::int32_t SetLockExpireStatus(const char* password, const char* envelope, con
                                  const WideChar* const* statusMessages, const std::int64_t* expiryDates,
                                  std::uint32_t count, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("Got socket ", connectToDaemon());
         log("Recipients count: ", count);
         for (std::uint32_t i = 0; i < count; ++i) {
@@ -49,7 +49,7 @@ std::int32_t GetLockExpireStatus(const char* password, const char* envelope, con
                                  char* expiryDatesOut, char* messageIdOut, std::uint32_t* recipientCount,
                                  char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         connectToDaemon();
         call.out.beginCommand(code("MI"));
         sendClientVersion(call.out);
@@ -99,7 +99,7 @@ std::int32_t GetRecipientEntries(const char* userName, const char* password, con
     *entries = nullptr;
     *entryCount = 0;
     *totalCount = 0;
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("Got socket ", connectToDaemon());
         log("Starting RemoteGetMessageInformation...");
         call.out.beginCommand(code("MI"));
@@ -138,7 +138,7 @@ std::int32_t SetRecipientEntries(const char* password, const WideChar* configFil
                                  const char* const* fieldValues, std::uint32_t fieldCount, std::int32_t lockStatus,
                                  const WideChar* statusMessage, std::int64_t expiryDate, char* logBuffer)
 {
-    return runCall<std::int32_t>({.initial = -1}, logBuffer, [&](auto& call) {
+    return runCall(statusFrame, logBuffer, [&](auto& call) {
         connectToDaemon();
         call.out.beginCommand(code("SI"));
         sendClientVersion(call.out);

@@ -19,15 +19,13 @@ void cleanUpSockets();
 // Creates an IPv4 stream socket. Returns -1 on failure.
 std::int32_t createSocket();
 
-// Connects to a TCP port of the loopback interface, then switches off the delaying of small sends (a failure of
-// that alone is ignored). Returns false on failure; lastSocketError says why
-// when the connection was refused.
+// Connects to a TCP port of the loopback interface, then switches off the delaying of small sends (a failure of that
+// alone is ignored). Returns false on failure; lastSocketError says why when the connection was refused.
 bool connectToLoopback(std::int32_t socket, std::uint16_t port);
 
-// One send or receive, blocking. What is sent has left when the next receive waits, or the socket is closed; it may
-// leave at once. Returns the bytes moved, 0 when the peer has closed the connection in an orderly way
-// (receiving alone), or -1. A signal neither ends the call nor is raised by it. A connection that was reset answers -1
-// to every receive.
+// One send or receive, blocking. What is sent leaves at once or shortly afterwards, at the latest when the next receive
+// waits. Returns the bytes moved, 0 when the peer has closed the connection in an orderly way (receiving alone), or -1.
+// A signal neither ends the call nor is raised by it. A connection that was reset answers -1 to every receive.
 std::int32_t sendBytes(std::int32_t socket, const void* bytes, std::int32_t count);
 std::int32_t receiveBytes(std::int32_t socket, void* bytes, std::int32_t count);
 
@@ -40,9 +38,13 @@ int lastSocketError();
 // The calling thread's last error number.
 std::uint32_t lastError();
 
-// Starts a program in the background, without a window. `program` may stand in double quotes. The parameter text
-// is split at blanks. Returns a number greater than 32 when the launch was accepted, 2 when there is no such
-// program, another number up to 32 for other failures.
+// Makes sure that throwing an exception leaves the calling thread's last error number alone: some run-times overwrite
+// it when they set up a thread's first throw.
+void prepareExceptions();
+
+// Starts a program in the background, without a window. `program` is an absolute path, which may be enclosed in double
+// quotes. The parameter text is split at blanks. Returns a number greater than 32 when the launch was accepted, 2 when
+// there is no such program, another number up to 32 for other failures.
 std::int32_t launchHidden(const char* program, const char* parameters);
 
 // Copies a text with its terminator. A null destination or a text that does not fit ends the process, after the

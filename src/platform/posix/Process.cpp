@@ -68,6 +68,12 @@ int spawnDetached(const char* program, char* const* arguments)
         return errno;
     }
     const int report = fcntl(ends[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 2);
+    if (report < 0) {
+        const int error = errno;
+        close(ends[0]);
+        close(ends[1]);
+        return error;
+    }
     close(ends[1]);
     const pid_t child = fork();
     if (child == 0) {
@@ -82,12 +88,15 @@ int spawnDetached(const char* program, char* const* arguments)
     close(report);
     while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
-    static_cast<void>(!read(ends[0], &error, sizeof error));
+    while (read(ends[0], &error, sizeof error) < 0 && errno == EINTR) {
+    }
     close(ends[0]);
     return error;
 }
 
 } // namespace
+
+void prepareExceptions() {}
 
 std::uint32_t lastError()
 {
@@ -97,6 +106,10 @@ std::uint32_t lastError()
 std::int32_t launchHidden(const char* program, const char* parameters)
 {
     std::string path = withoutQuotes(program);
+    // Anything else, a path of the other system among them, would be looked for in the current folder.
+    if (!path.starts_with('/')) {
+        return noSuchProgram;
+    }
     std::vector<std::string> words = splitAtBlanks(parameters);
     std::vector<char*> arguments{path.data()};
     for (std::string& word : words) {

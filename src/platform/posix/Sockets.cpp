@@ -1,5 +1,4 @@
 #include "platform/Platform.h"
-#include "platform/posix/Outbox.h"
 
 #include <cerrno>
 #include <cstring>
@@ -11,6 +10,39 @@
 #include <unistd.h>
 
 namespace Platform {
+
+namespace {
+
+// The socket whose small sends the kernel holds back, so that a request of many of them travels in few packets.
+std::int32_t heldSocket = -1;
+
+// Whatever is held back leaves when the hold ends, when a packet is full, or by itself after 200 ms.
+void holdSmallSends(std::int32_t socket, bool hold)
+{
+    const int value = hold ? 1 : 0;
+    setsockopt(socket, IPPROTO_TCP, TCP_CORK, &value, sizeof value);
+    heldSocket = hold ? socket : -1;
+}
+
+// Linux reports a reset once and then an orderly end. Winsock keeps reporting it, and so do we.
+bool wasReset(int socket)
+{
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    return getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 && info.tcpi_state == TCP_CLOSE;
+}
+
+// An interrupted connect goes on by itself: what is left is to wait for its end.
+bool finishConnecting(int socket, const sockaddr* address, socklen_t size)
+{
+    int result = 0;
+    do {
+        result = connect(socket, address, size);
+    } while (result != 0 && (errno == EINTR || errno == EALREADY));
+    return result == 0 || errno == EISCONN;
+}
+
+} // namespace
 
 int startSockets()
 {
@@ -31,16 +63,6 @@ std::int32_t createSocket()
     return other;
 }
 
-// An interrupted connect goes on by itself: what is left is to wait for its end.
-static bool finishConnecting(int socket, const sockaddr* address, socklen_t size)
-{
-    int result = 0;
-    do {
-        result = connect(socket, address, size);
-    } while (result != 0 && (errno == EINTR || errno == EALREADY));
-    return result == 0 || errno == EISCONN;
-}
-
 bool connectToLoopback(std::int32_t socket, std::uint16_t port)
 {
     const hostent* host = gethostbyname("localhost");
@@ -59,24 +81,23 @@ bool connectToLoopback(std::int32_t socket, std::uint16_t port)
     return true;
 }
 
-static Outbox outbox;
-
 std::int32_t sendBytes(std::int32_t socket, const void* bytes, std::int32_t count)
 {
-    return outbox.send(socket, static_cast<const char*>(bytes), count);
-}
-
-// Linux tells of a reset once and then speaks of an orderly end. Winsock keeps telling, and so do we.
-static bool wasReset(int socket)
-{
-    tcp_info info{};
-    socklen_t size = sizeof info;
-    return getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 && info.tcpi_state == TCP_CLOSE;
+    if (socket != heldSocket) {
+        holdSmallSends(socket, true);
+    }
+    ssize_t sent = 0;
+    do {
+        sent = send(socket, bytes, static_cast<std::size_t>(count), MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    return static_cast<std::int32_t>(sent);
 }
 
 std::int32_t receiveBytes(std::int32_t socket, void* bytes, std::int32_t count)
 {
-    outbox.release();
+    if (socket == heldSocket) {
+        holdSmallSends(socket, false);
+    }
     ssize_t received = 0;
     do {
         received = recv(socket, bytes, static_cast<std::size_t>(count), 0);
@@ -90,7 +111,9 @@ std::int32_t receiveBytes(std::int32_t socket, void* bytes, std::int32_t count)
 
 void closeSocket(std::int32_t socket)
 {
-    outbox.release();
+    if (socket == heldSocket) {
+        heldSocket = -1;
+    }
     close(socket);
 }
 

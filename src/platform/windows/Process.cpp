@@ -8,6 +8,18 @@
 
 namespace Platform {
 
+void prepareExceptions()
+{
+    thread_local const bool prepared = [] {
+        try {
+            throw 0;
+        } catch (int) {
+            return true;
+        }
+    }();
+    static_cast<void>(prepared);
+}
+
 std::uint32_t lastError()
 {
     return GetLastError();
