@@ -1,4 +1,5 @@
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
 set(TARN_MINGW i686-w64-mingw32)
+set(TARN_WINE "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-x86")
 include("${CMAKE_CURRENT_LIST_DIR}/mingw-common.cmake")
