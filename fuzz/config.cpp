@@ -24,13 +24,13 @@ void checkForm(const std::string& codes)
 }
 
 // "key: : " decodes to an empty value, "key: " to nothing at all.
-ConfigMap withoutEmptyValues(ConfigMap map)
+StringMap withoutEmptyValues(StringMap map)
 {
     std::erase_if(map, [](const auto& entry) { return entry.second.empty(); });
     return map;
 }
 
-void checkWide(const ConfigMap& map)
+void checkWide(const StringMap& map)
 {
     std::string plain;
     for (const auto& [key, value] : map) {
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     if (encodesFirst) {
         checkForm(codes);
     }
-    const ConfigMap map = decodeConfigMap(codes);
+    const StringMap map = decodeConfigMap(codes);
     demand(decodeConfigMap(encoded(formatConfigMap(map))) == withoutEmptyValues(map),
            "written again, it decodes to the same");
     checkWide(map);

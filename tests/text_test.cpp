@@ -83,7 +83,7 @@ TEST(EnvelopeConfig, EncodesEveryByteAndDecodesWhatItEncoded)
     EXPECT_EQ(Text::encodeCharCodes(text), "65&38&-61&-87&");
     EXPECT_EQ(text, "");
 
-    const Text::ConfigMap map{{"b", "2\xE9"}, {"a", "1"}};
+    const StringMap map{{"b", "2\xE9"}, {"a", "1"}};
     std::string plain = Text::formatConfigMap(map);
     EXPECT_EQ(plain, "a: 1; b: 2\xE9; ");
     const std::string encoded = Text::encodeCharCodes(plain);
@@ -94,11 +94,11 @@ TEST(EnvelopeConfig, EncodesEveryByteAndDecodesWhatItEncoded)
 TEST(EnvelopeConfig, DecodingLeavesOutWhatIsNoPair)
 {
     const auto decode = [](std::string text) { return Text::decodeConfigMap(Text::encodeCharCodes(text)); };
-    EXPECT_EQ(decode("k: v"), Text::ConfigMap{}) << "a lone pair without its separator";
-    EXPECT_EQ(decode("k: v; "), (Text::ConfigMap{{"k", "v"}}));
-    EXPECT_EQ(decode("k: v; none; a: b: c; e: ; k: w"), (Text::ConfigMap{{"k", "w"}}));
-    EXPECT_EQ(Text::decodeConfigMap("363&58&32&118&59&32&"), (Text::ConfigMap{{"k", "v"}})) << "low 8 bits count";
-    EXPECT_EQ(Text::decodeConfigMap("72"), Text::ConfigMap{});
+    EXPECT_EQ(decode("k: v"), StringMap{}) << "a lone pair without its separator";
+    EXPECT_EQ(decode("k: v; "), (StringMap{{"k", "v"}}));
+    EXPECT_EQ(decode("k: v; none; a: b: c; e: ; k: w"), (StringMap{{"k", "w"}}));
+    EXPECT_EQ(Text::decodeConfigMap("363&58&32&118&59&32&"), (StringMap{{"k", "v"}})) << "low 8 bits count";
+    EXPECT_EQ(Text::decodeConfigMap("72"), StringMap{});
 }
 
 TEST(EnvelopeConfig, WideFormInKeyOrder)

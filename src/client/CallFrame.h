@@ -62,7 +62,8 @@ Result runCall(const Frame<Result>& frame, char* logBuffer, Body body) noexcept
     return call.result;
 }
 
-// Reads a whole reply. Returns null, with nothing read, when there is no memory for the object.
+// Reads a whole reply into an object on the heap. Returns null, with nothing read, when there is no memory for it. Only
+// the exports that have a way to go on then read their reply so; with the others it is on the stack.
 template <class Reply>
 std::unique_ptr<Reply> readReply(Merrow::CommandInputStream& in)
 {

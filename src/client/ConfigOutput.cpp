@@ -5,7 +5,7 @@
 
 namespace Client {
 
-void getEnvelopeConfig(const Text::ConfigMap& entries, bool encode, char* destination)
+void getEnvelopeConfig(const StringMap& entries, bool encode, char* destination)
 {
     const std::string plain = Text::formatConfigMap(entries);
     if (encode) {

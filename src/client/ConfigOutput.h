@@ -5,6 +5,6 @@
 namespace Client {
 
 // Writes an envelope configuration into the caller's buffer, encoded when asked for, and logs it in plain.
-void getEnvelopeConfig(const Text::ConfigMap& entries, bool encode, char* destination);
+void getEnvelopeConfig(const StringMap& entries, bool encode, char* destination);
 
 } // namespace Client

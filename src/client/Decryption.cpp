@@ -48,8 +48,8 @@ std::int32_t DecryptEnvelope(const char* password, const char* envelope, const W
         if (call.result == 0) {
             decryptedItems().replaceBy(*payload);
             getEnvelopeConfig(payload->getEc(), true, configOut);
-            Text::utf8IntoWide(payload->ku.c_str(), kuOut);
-            Text::utf8IntoWide(payload->fm.c_str(), fromOut);
+            Text::utf8IntoWide(payload->getKu().c_str(), kuOut);
+            Text::utf8IntoWide(payload->getFm().c_str(), fromOut);
         }
     });
 }

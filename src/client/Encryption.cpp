@@ -27,7 +27,7 @@ std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const
     return runCall(statusFrame, logBuffer, [&](auto& call) {
         log("Got socket: ", connectToDaemon());
         const std::string_view encodedConfig = Text::orEmpty(encodedEnvelopeConfig);
-        Text::ConfigMap config = Text::decodeConfigMap(encodedConfig);
+        StringMap config = Text::decodeConfigMap(encodedConfig);
 
         const Merrow::RemoteLoginSession* session = nullptr;
         if (encodedConfig.empty() && Text::orEmpty(loginFlag) != "0") {
@@ -72,9 +72,9 @@ std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const
         log("Status message:\n", envelope->getStatusMessage());
         if (call.result == 0) {
             Text::utf8IntoWide(envelope->en.c_str(), envelopeOut);
-            Text::utf8IntoWide(envelope->tb.c_str(), textBodyOut);
-            Text::utf8IntoWide(envelope->th.c_str(), htmlBodyOut);
-            Text::utf8IntoWide(envelope->an.c_str(), attachmentNameOut);
+            Text::utf8IntoWide(envelope->getTb().c_str(), textBodyOut);
+            Text::utf8IntoWide(envelope->getTh().c_str(), htmlBodyOut);
+            Text::utf8IntoWide(envelope->getAn().c_str(), attachmentNameOut);
         }
     });
 }

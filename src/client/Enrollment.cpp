@@ -83,7 +83,7 @@ std::int32_t UserEnroll(const char* emailAddress, const char* keyServer, const W
             call.out.writeIntParam(tag("pe"), 1);
         }
 
-        Merrow::StringMap questionsAndAnswers;
+        StringMap questionsAndAnswers;
         const auto setQuestion = [&](const std::string& name, const WideChar* question) {
             const std::string text = Text::wideToUtf8(question);
             log("Setting " + name + " ", text);

@@ -64,7 +64,7 @@ std::int32_t GetSupportedLocales(const WideChar* configFile, WideChar* localesOu
     });
 }
 
-static std::string textOf(const Merrow::StringMap& texts, const std::string& locale)
+static std::string textOf(const StringMap& texts, const std::string& locale)
 {
     const auto entry = texts.find(locale);
     return entry == texts.end() ? std::string() : entry->second;
@@ -79,8 +79,8 @@ std::int32_t GetLocalizedMessageBody(const WideChar* configFile, const char* loc
         if (call.result == 0) {
             const std::string_view asked = Text::orEmpty(locale);
             const std::string wanted(asked.empty() ? "en" : asked);
-            Text::copyOut(textOf(texts.tb, wanted), textBodyOut);
-            Text::copyOut(textOf(texts.th, wanted), htmlBodyOut);
+            Text::copyOut(textOf(texts.getThirdMap(), wanted), textBodyOut);
+            Text::copyOut(textOf(texts.getSecondMap(), wanted), htmlBodyOut);
         }
     });
 }

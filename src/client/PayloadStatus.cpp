@@ -110,8 +110,8 @@ std::int32_t GetRecipients(const char* envelope, WideChar* recipientsOut, std::u
         }
         call.result = payload->statusCode;
         std::string recipients;
-        for (const auto& list : {payload->getTr(), payload->getTc()}) {
-            for (const std::string& recipient : list) {
+        for (const auto* list : {&payload->getTr(), &payload->getTc()}) {
+            for (const std::string& recipient : *list) {
                 recipients.append(recipient).append(";");
             }
         }

@@ -124,8 +124,8 @@ std::int32_t GetRecipientEntries(const char* userName, const char* password, con
         logStatus(*information);
         *totalCount = static_cast<std::uint32_t>(information->mx);
         if (call.result == 0) {
-            TrackingRecords records(information->recipients.size());
-            for (const auto& recipient : information->recipients) {
+            TrackingRecords records(information->getRecipients().size());
+            for (const auto& recipient : information->getRecipients()) {
                 records.fold(*recipient);
             }
             *entryCount = records.count();
@@ -146,7 +146,7 @@ std::int32_t SetRecipientEntries(const char* password, const WideChar* configFil
             sendText(call.out, tag("ky"), secret);
         }
         sendConfigFile(call.out, configFile);
-        Merrow::StringMap settings;
+        StringMap settings;
         for (std::uint32_t i = 0; i < fieldCount; ++i) {
             settings.insert_or_assign(std::string(Text::orEmpty(fieldNames[i])), Text::orEmpty(fieldValues[i]));
         }

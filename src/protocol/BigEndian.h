@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 namespace Merrow {
@@ -24,10 +25,9 @@ BigEndianBytes<Integer> toBigEndian(Integer value)
 template <class Integer>
 Integer fromBigEndian(const BigEndianBytes<Integer>& bytes)
 {
-    std::make_unsigned_t<Integer> bits = 0;
+    std::uint64_t bits = 0;
     for (const char byte : bytes) {
-        bits =
-            static_cast<decltype(bits)>(static_cast<unsigned long long>(bits) << 8 | static_cast<unsigned char>(byte));
+        bits = bits << 8 | static_cast<unsigned char>(byte);
     }
     return static_cast<Integer>(bits);
 }

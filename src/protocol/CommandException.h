@@ -18,6 +18,9 @@ private:
 };
 
 // The one place where such an exception is made.
-[[noreturn]] void raise(const char* message);
+[[noreturn]] inline void raise(const char* message)
+{
+    throw new CommandException(message);
+}
 
 } // namespace Merrow

@@ -94,7 +94,7 @@ std::vector<std::string> CommandInputStream::readStringArray(std::int32_t total)
 {
     std::vector<std::string> texts;
     std::int64_t remaining = total;
-    while (remaining >= 1 && !broken_) {
+    while (remaining >= 1) {
         const std::int32_t length = readLength();
         texts.push_back(readString(length));
         remaining -= 4 + std::int64_t{length};
@@ -105,11 +105,11 @@ std::vector<std::string> CommandInputStream::readStringArray(std::int32_t total)
     return texts;
 }
 
-std::map<std::string, std::string> CommandInputStream::readStringMap(std::int32_t total)
+StringMap CommandInputStream::readStringMap(std::int32_t total)
 {
-    std::map<std::string, std::string> entries;
+    StringMap entries;
     std::int64_t remaining = total;
-    while (remaining >= 1 && !broken_) {
+    while (remaining >= 1) {
         const std::int32_t keyLength = readLength();
         std::string key = readString(keyLength);
         const std::int32_t valueLength = readLength();

@@ -2,11 +2,11 @@
 
 #include "protocol/Codes.h"
 #include "protocol/Crc32.h"
+#include "text/StringMap.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,7 +40,7 @@ public:
     virtual std::int32_t readLength();
     virtual std::string readString(std::int32_t length);
     virtual std::vector<std::string> readStringArray(std::int32_t total);
-    virtual std::map<std::string, std::string> readStringMap(std::int32_t total);
+    virtual StringMap readStringMap(std::int32_t total);
     // Returns the number of bytes read: less than `count` only once receiving has failed.
     virtual std::int32_t readFully(char* buffer, std::int32_t count);
     virtual std::uint16_t readShort();

@@ -32,7 +32,7 @@ void CommandOutputStream::writeLength(std::int32_t length)
     writeInt(length);
 }
 
-void CommandOutputStream::writeStringMapParam(Tag tag, std::map<std::string, std::string> entries)
+void CommandOutputStream::writeStringMapParam(Tag tag, StringMap entries)
 {
     std::string value;
     const auto append = [&value](const std::string& text) {

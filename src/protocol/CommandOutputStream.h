@@ -2,9 +2,9 @@
 
 #include "protocol/Codes.h"
 #include "protocol/Crc32.h"
+#include "text/StringMap.h"
 
 #include <cstdint>
-#include <map>
 #include <string>
 
 namespace Merrow {
@@ -30,7 +30,7 @@ public:
     // has failed. Nothing is reported then: the failure shows when the reply is read.
     virtual std::int32_t sendRaw(const char* bytes, std::int32_t count) = 0;
 
-    virtual void writeStringMapParam(Tag tag, std::map<std::string, std::string> entries);
+    virtual void writeStringMapParam(Tag tag, StringMap entries);
     // A null pointer is sent as an empty parameter.
     virtual void writeBytesParam(Tag tag, const char* bytes, std::int32_t count);
     virtual void writeLongParam(Tag tag, std::int64_t value);

@@ -1,31 +1,19 @@
 #include "remote/RemoteConfiguration.h"
 
-namespace Merrow {
+#include "remote/Fields.h"
 
-RemoteVerifyConfigurationResponse::RemoteVerifyConfigurationResponse(CommandInputStream& stream)
-{
-    readResponse(code("VC"), stream);
-}
+namespace Merrow {
 
 void RemoteVerifyConfigurationResponse::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    if (parameter == tag("ec")) {
-        configErrors = stream.readStringMap(length);
-    } else {
+    if (!readField(stream, parameter, length, Tagged{tag("ec"), configErrors})) {
         RemoteResponse::readParameter(stream, parameter, length);
     }
 }
 
-RemoteKeyserverVersion::RemoteKeyserverVersion(CommandInputStream& stream)
-{
-    readResponse(code("KV"), stream);
-}
-
 void RemoteKeyserverVersion::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    if (parameter == tag("kd")) {
-        keyserverData = stream.readStringMap(length);
-    } else {
+    if (!readField(stream, parameter, length, Tagged{tag("kd"), keyserverData})) {
         RemoteResponse::readParameter(stream, parameter, length);
     }
 }

@@ -8,11 +8,11 @@ namespace Merrow {
 class RemoteVerifyConfigurationResponse final : public RemoteResponse
 {
 public:
-    explicit RemoteVerifyConfigurationResponse(CommandInputStream& stream);
+    explicit RemoteVerifyConfigurationResponse(CommandInputStream& stream) { readResponse(code("VC"), stream); }
 
     StringMap configErrors; // 'ec'
 
-    StringMap getFirstMap() const { return configErrors; }
+    const StringMap& getFirstMap() const { return configErrors; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
@@ -22,11 +22,11 @@ protected:
 class RemoteKeyserverVersion final : public RemoteResponse
 {
 public:
-    explicit RemoteKeyserverVersion(CommandInputStream& stream);
+    explicit RemoteKeyserverVersion(CommandInputStream& stream) { readResponse(code("KV"), stream); }
 
     StringMap keyserverData; // 'kd'
 
-    StringMap getFirstMap() const { return keyserverData; }
+    const StringMap& getFirstMap() const { return keyserverData; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

@@ -8,7 +8,7 @@ namespace Merrow {
 class RemoteEnrollParamsResponse final : public RemoteResponse
 {
 public:
-    explicit RemoteEnrollParamsResponse(CommandInputStream& stream);
+    explicit RemoteEnrollParamsResponse(CommandInputStream& stream) { readResponse(code("EP"), stream); }
 
     std::int32_t su = 0; // single sign-on user
     std::int32_t ou = 0; // one-click user
@@ -17,8 +17,8 @@ public:
     StringMap al;        // locales
     StringMap sq;        // security questions
 
-    StringMap getSecondMap() const { return al; }
-    StringMap getThirdMap() const { return sq; }
+    const StringMap& getSecondMap() const { return al; }
+    const StringMap& getThirdMap() const { return sq; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
@@ -28,12 +28,12 @@ protected:
 class RemoteEnrollUserResponse final : public RemoteResponse
 {
 public:
-    explicit RemoteEnrollUserResponse(CommandInputStream& stream);
+    explicit RemoteEnrollUserResponse(CommandInputStream& stream) { readResponse(code("EU"), stream); }
 
     StringMap ve; // the daemon's answers, by field
     std::int32_t el = 0;
 
-    StringMap getFirstMap() const { return ve; }
+    const StringMap& getFirstMap() const { return ve; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

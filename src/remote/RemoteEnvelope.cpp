@@ -1,45 +1,20 @@
 #include "remote/RemoteEnvelope.h"
 
 #include "remote/Collections.h"
+#include "remote/Fields.h"
 
 namespace Merrow {
 
 LocalizedEnvelope::LocalizedEnvelope(CommandInputStream& stream, std::int32_t length)
 {
-    readCountedParameters(stream, length, "Length of localized envelope mismatch",
-                          [&](Tag parameter, std::int32_t valueLength) {
-                              switch (parameter) {
-                              case tag("lc"):
-                                  lc = stream.readString(valueLength);
-                                  break;
-                              case tag("rc"):
-                                  rc = stream.readStringArray(valueLength);
-                                  break;
-                              case tag("en"):
-                                  en = stream.readString(valueLength);
-                                  break;
-                              case tag("ct"):
-                                  ct = stream.readString(valueLength);
-                                  break;
-                              case tag("tb"):
-                                  tb = stream.readString(valueLength);
-                                  break;
-                              case tag("th"):
-                                  th = stream.readString(valueLength);
-                                  break;
-                              default:
-                                  break;
-                              }
-                          });
-}
-
-RemoteEnvelope::RemoteEnvelope(CommandInputStream& stream)
-{
-    readResponse(code("BE"), stream);
+    readItemFields(stream, length, "Length of localized envelope mismatch", Tagged{tag("lc"), lc},
+                   Tagged{tag("rc"), rc}, Tagged{tag("en"), en}, Tagged{tag("ct"), ct}, Tagged{tag("tb"), tb},
+                   Tagged{tag("th"), th});
 }
 
 RemoteEnvelope::~RemoteEnvelope()
 {
+    // A vector may destroy its items in any order; theirs is from the last to the first.
     while (!items.empty()) {
         items.pop_back();
     }
@@ -47,34 +22,13 @@ RemoteEnvelope::~RemoteEnvelope()
 
 void RemoteEnvelope::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    switch (parameter) {
-    case tag("en"):
-        en = stream.readString(length);
-        break;
-    case tag("ct"):
-        ct = stream.readString(length);
-        break;
-    case tag("le"):
+    if (parameter == tag("le")) {
         readCollection(stream, length, "Length of items in Collection mismatch", [&](std::int32_t itemLength) {
             items.push_back(std::make_unique<LocalizedEnvelope>(stream, itemLength));
         });
-        break;
-    case tag("id"):
-        id = stream.readString(length);
-        break;
-    case tag("an"):
-        an = stream.readString(length);
-        break;
-    case tag("lc"):
-        lc = stream.readString(length);
-        break;
-    case tag("th"):
-        th = stream.readString(length);
-        break;
-    case tag("tb"):
-        tb = stream.readString(length);
-        break;
-    default:
+    } else if (!readField(stream, parameter, length, Tagged{tag("en"), en}, Tagged{tag("ct"), ct},
+                          Tagged{tag("id"), id}, Tagged{tag("an"), an}, Tagged{tag("lc"), lc}, Tagged{tag("th"), th},
+                          Tagged{tag("tb"), tb})) {
         RemoteResponse::readParameter(stream, parameter, length);
     }
 }

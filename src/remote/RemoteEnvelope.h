@@ -24,7 +24,7 @@ struct LocalizedEnvelope
 class RemoteEnvelope final : public RemoteResponse
 {
 public:
-    explicit RemoteEnvelope(CommandInputStream& stream);
+    explicit RemoteEnvelope(CommandInputStream& stream) { readResponse(code("BE"), stream); }
     ~RemoteEnvelope();
 
     std::string en;
@@ -36,9 +36,9 @@ public:
     std::string th;
     std::string tb;
 
-    std::string getAn() const { return an; }
-    std::string getTh() const { return th; }
-    std::string getTb() const { return tb; }
+    const std::string& getAn() const { return an; }
+    const std::string& getTh() const { return th; }
+    const std::string& getTb() const { return tb; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

@@ -1,25 +1,12 @@
 #include "remote/RemoteLocalizedText.h"
 
-namespace Merrow {
+#include "remote/Fields.h"
 
-RemoteLocalizedText::RemoteLocalizedText(CommandInputStream& stream)
-{
-    readResponse(code("LT"), stream);
-}
+namespace Merrow {
 
 void RemoteLocalizedText::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    switch (parameter) {
-    case tag("sl"):
-        sl = stream.readStringMap(length);
-        break;
-    case tag("th"):
-        th = stream.readStringMap(length);
-        break;
-    case tag("tb"):
-        tb = stream.readStringMap(length);
-        break;
-    default:
+    if (!readField(stream, parameter, length, Tagged{tag("sl"), sl}, Tagged{tag("th"), th}, Tagged{tag("tb"), tb})) {
         RemoteResponse::readParameter(stream, parameter, length);
     }
 }

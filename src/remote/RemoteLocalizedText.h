@@ -8,15 +8,15 @@ namespace Merrow {
 class RemoteLocalizedText final : public RemoteResponse
 {
 public:
-    explicit RemoteLocalizedText(CommandInputStream& stream);
+    explicit RemoteLocalizedText(CommandInputStream& stream) { readResponse(code("LT"), stream); }
 
     StringMap sl; // the locales' names
     StringMap th; // HTML bodies
     StringMap tb; // text bodies
 
-    StringMap getFirstMap() const { return sl; }
-    StringMap getSecondMap() const { return th; }
-    StringMap getThirdMap() const { return tb; }
+    const StringMap& getFirstMap() const { return sl; }
+    const StringMap& getSecondMap() const { return th; }
+    const StringMap& getThirdMap() const { return tb; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

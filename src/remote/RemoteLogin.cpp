@@ -1,44 +1,22 @@
 #include "remote/RemoteLogin.h"
 
+#include "remote/Fields.h"
+
 namespace Merrow {
 
 void RemoteLoginResponse::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    switch (parameter) {
-    case tag("lk"):
-        lkText = stream.readString(length);
-        break;
-    case tag("se"):
-        se = stream.readLong();
-        break;
-    case tag("we"):
-        we = stream.readInt();
-        break;
-    case tag("wd"):
-        wd = stream.readInt();
-        break;
-    default:
+    if (!readField(stream, parameter, length, Tagged{tag("lk"), lkText}, Tagged{tag("se"), se}, Tagged{tag("we"), we},
+                   Tagged{tag("wd"), wd})) {
         RemoteResponse::readParameter(stream, parameter, length);
     }
 }
 
-RemoteLoginSession::RemoteLoginSession(CommandInputStream& stream)
-{
-    readResponse(code("LS"), stream);
-}
-
 void RemoteLoginSession::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    if (parameter == tag("sl")) {
-        sessionMap = stream.readStringMap(length);
-    } else {
+    if (!readField(stream, parameter, length, Tagged{tag("sl"), sessionMap})) {
         RemoteLoginResponse::readParameter(stream, parameter, length);
     }
-}
-
-RemoteSetInformationResponse::RemoteSetInformationResponse(CommandInputStream& stream)
-{
-    readResponse(code("SI"), stream);
 }
 
 } // namespace Merrow

@@ -13,7 +13,7 @@ public:
     std::int32_t we = 0; // carried, not used
     std::int32_t wd = 0; // carried, not used
 
-    std::string getText() const { return lkText; }
+    const std::string& getText() const { return lkText; }
 
 protected:
     RemoteLoginResponse() = default;
@@ -26,11 +26,11 @@ protected:
 class RemoteLoginSession final : public RemoteLoginResponse
 {
 public:
-    explicit RemoteLoginSession(CommandInputStream& stream);
+    explicit RemoteLoginSession(CommandInputStream& stream) { readResponse(code("LS"), stream); }
 
     StringMap sessionMap; // 'sl', goes back to the daemon unchanged
 
-    StringMap getSessionMap() const { return sessionMap; }
+    const StringMap& getSessionMap() const { return sessionMap; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
@@ -40,7 +40,7 @@ protected:
 class RemoteSetInformationResponse final : public RemoteLoginResponse
 {
 public:
-    explicit RemoteSetInformationResponse(CommandInputStream& stream);
+    explicit RemoteSetInformationResponse(CommandInputStream& stream) { readResponse(code("SI"), stream); }
 };
 
 } // namespace Merrow

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "remote/MessageFields.h"
 #include "remote/RemoteLogin.h"
+#include "text/Decimal.h"
 
 #include <list>
 #include <memory>
@@ -16,22 +18,22 @@ public:
 
     StringMap fields; // 'da'
 
-    StringMap getFirstMap() const { return fields; }
+    const StringMap& getFirstMap() const { return fields; }
 
     // The text of a field, empty when it is missing. The numbers are converted from it: what follows the leading
     // digits is ignored, what is no number is 0, what is out of range is the nearest number in it.
     std::string getField(std::string_view name) const;
 
-    std::string getMsgId() const;
-    std::string getTo() const;
-    std::string getSubject() const;
-    std::string getStatusMsg() const;
-    std::int32_t getFlags() const;
-    std::int32_t getNumTries() const;
-    std::int64_t getCreateDate() const;
-    std::int64_t getExpiryDate() const;
-    std::int64_t getFirstOpenDate() const;
-    std::int64_t getLastModifiedDate() const;
+    std::string getMsgId() const { return getField(Field::msgId); }
+    std::string getTo() const { return getField(Field::to); }
+    std::string getSubject() const { return getField(Field::subject); }
+    std::string getStatusMsg() const { return getField(Field::statusMsg); }
+    std::int32_t getFlags() const { return Text::decimal<std::int32_t>(getField(Field::flags)); }
+    std::int32_t getNumTries() const { return Text::decimal<std::int32_t>(getField(Field::numTries)); }
+    std::int64_t getCreateDate() const { return Text::decimal<std::int64_t>(getField(Field::createDate)); }
+    std::int64_t getExpiryDate() const { return Text::decimal<std::int64_t>(getField(Field::expiryDate)); }
+    std::int64_t getFirstOpenDate() const { return Text::decimal<std::int64_t>(getField(Field::firstOpenDate)); }
+    std::int64_t getLastModifiedDate() const { return Text::decimal<std::int64_t>(getField(Field::lastModifiedDate)); }
 };
 
 // The reply to 'MI'.
@@ -41,14 +43,14 @@ public:
     // The recipients that getRecipients handed out outlive this object.
     using Recipients = std::list<std::shared_ptr<RemoteRecipientInformation>>;
 
-    explicit RemoteMessageInformation(CommandInputStream& stream);
+    explicit RemoteMessageInformation(CommandInputStream& stream) { readResponse(code("MI"), stream); }
 
     std::string id;
     std::int32_t si = 0;
     std::int32_t mx = 0;
     Recipients recipients; // 'ri'
 
-    Recipients getRecipients() const { return recipients; }
+    const Recipients& getRecipients() const { return recipients; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

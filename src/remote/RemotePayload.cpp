@@ -1,40 +1,14 @@
 #include "remote/RemotePayload.h"
 
 #include "remote/Collections.h"
+#include "remote/Fields.h"
 
 namespace Merrow {
 
 TocEntry::TocEntry(CommandInputStream& stream, std::int32_t length)
 {
-    readCountedParameters(stream, length, "Length of TOC mismatch", [&](Tag parameter, std::int32_t valueLength) {
-        switch (parameter) {
-        case tag("ty"):
-            ty = stream.readInt();
-            break;
-        case tag("fl"):
-            fl = stream.readInt();
-            break;
-        case tag("da"):
-            da = stream.readString(valueLength);
-            break;
-        case tag("fn"):
-            fn = stream.readString(valueLength);
-            break;
-        case tag("on"):
-            on = stream.readString(valueLength);
-            break;
-        case tag("fc"):
-            fc = stream.readString(valueLength);
-            break;
-        default:
-            break;
-        }
-    });
-}
-
-RemotePayload::RemotePayload(CommandInputStream& stream)
-{
-    readResponse(code("DE"), stream);
+    readItemFields(stream, length, "Length of TOC mismatch", Tagged{tag("ty"), ty}, Tagged{tag("fl"), fl},
+                   Tagged{tag("da"), da}, Tagged{tag("fn"), fn}, Tagged{tag("on"), on}, Tagged{tag("fc"), fc});
 }
 
 std::vector<TocEntry*> RemotePayload::getToc() const
@@ -49,43 +23,13 @@ std::vector<TocEntry*> RemotePayload::getToc() const
 
 void RemotePayload::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    switch (parameter) {
-    case tag("da"):
+    if (parameter == tag("da")) {
         readCollection(stream, length, "Length of items in Collection mismatch", [&](std::int32_t entryLength) {
             toc.push_back(std::make_unique<TocEntry>(stream, entryLength));
         });
-        break;
-    case tag("id"):
-        id = stream.readString(length);
-        break;
-    case tag("ms"):
-        ms = stream.readInt();
-        break;
-    case tag("kt"):
-        kt = stream.readStringMap(length);
-        break;
-    case tag("ku"):
-        ku = stream.readString(length);
-        break;
-    case tag("uu"):
-        uu = stream.readString(length);
-        break;
-    case tag("ec"):
-        ec = stream.readStringMap(length);
-        break;
-    case tag("fm"):
-        fm = stream.readString(length);
-        break;
-    case tag("sj"):
-        sj = stream.readString(length);
-        break;
-    case tag("tr"):
-        tr = stream.readStringArray(length);
-        break;
-    case tag("tc"):
-        tc = stream.readStringArray(length);
-        break;
-    default:
+    } else if (!readField(stream, parameter, length, Tagged{tag("id"), id}, Tagged{tag("ms"), ms},
+                          Tagged{tag("kt"), kt}, Tagged{tag("ku"), ku}, Tagged{tag("uu"), uu}, Tagged{tag("ec"), ec},
+                          Tagged{tag("fm"), fm}, Tagged{tag("sj"), sj}, Tagged{tag("tr"), tr}, Tagged{tag("tc"), tc})) {
         RemoteLoginResponse::readParameter(stream, parameter, length);
     }
 }

@@ -19,16 +19,16 @@ struct TocEntry
     std::string on; // name
     std::string fc; // content type
 
-    std::string getDa() const { return da; }
-    std::string getOn() const { return on; }
-    std::string getFc() const { return fc; }
+    const std::string& getDa() const { return da; }
+    const std::string& getOn() const { return on; }
+    const std::string& getFc() const { return fc; }
 };
 
 // The reply to 'DE'.
 class RemotePayload final : public RemoteLoginResponse
 {
 public:
-    explicit RemotePayload(CommandInputStream& stream);
+    explicit RemotePayload(CommandInputStream& stream) { readResponse(code("DE"), stream); }
 
     std::vector<std::unique_ptr<TocEntry>> toc; // 'da'
     std::string id;
@@ -43,12 +43,12 @@ public:
     std::vector<std::string> tc; // Cc recipients
 
     std::vector<TocEntry*> getToc() const;
-    std::string getKu() const { return ku; }
-    std::string getUu() const { return uu; }
-    StringMap getEc() const { return ec; }
-    std::string getFm() const { return fm; }
-    std::vector<std::string> getTr() const { return tr; }
-    std::vector<std::string> getTc() const { return tc; }
+    const std::string& getKu() const { return ku; }
+    const std::string& getUu() const { return uu; }
+    const StringMap& getEc() const { return ec; }
+    const std::string& getFm() const { return fm; }
+    const std::vector<std::string>& getTr() const { return tr; }
+    const std::vector<std::string>& getTc() const { return tc; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

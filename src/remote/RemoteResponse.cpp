@@ -1,5 +1,7 @@
 #include "remote/RemoteResponse.h"
 
+#include "remote/Fields.h"
+
 namespace Merrow {
 
 void RemoteResponse::readResponse(std::uint16_t expectedCode, CommandInputStream& stream)
@@ -18,17 +20,8 @@ void RemoteResponse::readResponse(std::uint16_t expectedCode, CommandInputStream
 
 void RemoteResponse::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    switch (parameter) {
-    case tag("cd"):
-        codeText = stream.readString(length);
-        break;
-    case tag("em"):
-        statusMessage = stream.readString(length);
-        break;
-    case tag("st"):
-        statusCode = static_cast<std::int16_t>(stream.readShort());
-        break;
-    default:
+    if (!readField(stream, parameter, length, Tagged{tag("cd"), codeText}, Tagged{tag("em"), statusMessage},
+                   Tagged{tag("st"), statusCode})) {
         stream.fail("Unknown parameter: " + std::to_string(parameter));
     }
 }

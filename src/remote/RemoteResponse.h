@@ -4,12 +4,9 @@
 #include "protocol/CommandInputStream.h"
 
 #include <cstdint>
-#include <map>
 #include <string>
 
 namespace Merrow {
-
-using StringMap = std::map<std::string, std::string>;
 
 // The base of all replies: the operation's status, and the loop that reads a reply. A concrete class reads its whole
 // reply in its constructor; when that throws, there is no object.
@@ -22,7 +19,7 @@ public:
     std::int16_t statusCode = -1; // 'st'
     std::string statusMessage;    // 'em'
 
-    std::string getStatusMessage() const { return statusMessage; }
+    const std::string& getStatusMessage() const { return statusMessage; }
 
 protected:
     RemoteResponse() = default;

@@ -1,69 +1,16 @@
 #include "remote/RemoteStatus.h"
 
+#include "remote/Fields.h"
+
 namespace Merrow {
-
-RemoteStopStatus::RemoteStopStatus(CommandInputStream& stream)
-{
-    readResponse(code("SD"), stream);
-}
-
-RemoteDaemonStatus::RemoteDaemonStatus(CommandInputStream& stream)
-{
-    readResponse(code("ST"), stream);
-}
 
 void RemoteDaemonStatus::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    switch (parameter) {
-    case tag("v "):
-        version = stream.readString(length);
-        break;
-    case tag("bn"):
-        build = stream.readInt();
-        break;
-    case tag("bt"):
-        bt = stream.readLong();
-        break;
-    case tag("ct"):
-        ct = stream.readInt();
-        break;
-    case tag("ca"):
-        ca = stream.readInt();
-        break;
-    case tag("mf"):
-        freeMemory = stream.readLong();
-        break;
-    case tag("mt"):
-        totalMemory = stream.readLong();
-        break;
-    case tag("mm"):
-        maxMemory = stream.readLong();
-        break;
-    case tag("bs"):
-        bs = stream.readLong();
-        break;
-    case tag("bf"):
-        bf = stream.readLong();
-        break;
-    case tag("ss"):
-        ss = stream.readLong();
-        break;
-    case tag("sa"):
-        sa = stream.readDouble();
-        break;
-    case tag("sd"):
-        sd = stream.readDouble();
-        break;
-    case tag("es"):
-        es = stream.readLong();
-        break;
-    case tag("ea"):
-        ea = stream.readDouble();
-        break;
-    case tag("ed"):
-        ed = stream.readDouble();
-        break;
-    default:
+    if (!readField(stream, parameter, length, Tagged{tag("v "), version}, Tagged{tag("bn"), build},
+                   Tagged{tag("bt"), bt}, Tagged{tag("ct"), ct}, Tagged{tag("ca"), ca}, Tagged{tag("mf"), freeMemory},
+                   Tagged{tag("mt"), totalMemory}, Tagged{tag("mm"), maxMemory}, Tagged{tag("bs"), bs},
+                   Tagged{tag("bf"), bf}, Tagged{tag("ss"), ss}, Tagged{tag("sa"), sa}, Tagged{tag("sd"), sd},
+                   Tagged{tag("es"), es}, Tagged{tag("ea"), ea}, Tagged{tag("ed"), ed})) {
         RemoteResponse::readParameter(stream, parameter, length);
     }
 }

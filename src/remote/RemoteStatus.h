@@ -8,14 +8,14 @@ namespace Merrow {
 class RemoteStopStatus final : public RemoteResponse
 {
 public:
-    explicit RemoteStopStatus(CommandInputStream& stream);
+    explicit RemoteStopStatus(CommandInputStream& stream) { readResponse(code("SD"), stream); }
 };
 
 // The reply to 'ST'. Sizes are in bytes; what has no comment is carried and not used.
 class RemoteDaemonStatus final : public RemoteResponse
 {
 public:
-    explicit RemoteDaemonStatus(CommandInputStream& stream);
+    explicit RemoteDaemonStatus(CommandInputStream& stream) { readResponse(code("ST"), stream); }
 
     std::string version;    // 'v '
     std::int32_t build = 0; // 'bn'
@@ -34,7 +34,7 @@ public:
     double ea = 0;
     double ed = 0;
 
-    std::string getText() const { return version; }
+    const std::string& getText() const { return version; }
 
 protected:
     void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;

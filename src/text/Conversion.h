@@ -3,7 +3,6 @@
 #include "platform/WideText.h"
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 

@@ -30,13 +30,13 @@ std::string encodeCharCodes(std::string& text)
     return encoded;
 }
 
-ConfigMap decodeConfigMap(std::string_view encoded)
+StringMap decodeConfigMap(std::string_view encoded)
 {
     std::string plain;
     for (const std::string& piece : splitAtText(encoded, codeEnd)) {
         plain += static_cast<char>(decimal<std::int32_t>(piece) & 0xFF);
     }
-    ConfigMap entries;
+    StringMap entries;
     for (const std::string& item : splitAtText(plain, entryEnd)) {
         std::vector<std::string> pieces = splitAtText(item, keyEnd);
         if (pieces.size() == 2) {
@@ -46,7 +46,7 @@ ConfigMap decodeConfigMap(std::string_view encoded)
     return entries;
 }
 
-std::string formatConfigMap(const ConfigMap& entries)
+std::string formatConfigMap(const StringMap& entries)
 {
     std::string text;
     for (const auto& [key, value] : entries) {
@@ -55,7 +55,7 @@ std::string formatConfigMap(const ConfigMap& entries)
     return text;
 }
 
-void formatConfigMapWide(const ConfigMap& entries, WideChar* destination)
+void formatConfigMapWide(const StringMap& entries, WideChar* destination)
 {
     // Each text ends at its first zero byte, as a text for the caller does.
     std::string text;
