@@ -5,7 +5,7 @@ if(epoch STREQUAL "")
   string(TIMESTAMP epoch "%s" UTC)
 endif()
 
-# An archive is unpacked into a folder of its own, so its documents stand at the top of it.
+# An archive is unpacked into a folder of its own, so its documents are at the top of it.
 set(stage "${CPACK_TEMPORARY_DIRECTORY}")
 file(GLOB documents RELATIVE "${stage}/${CPACK_TARN_DOCDIR}" "${stage}/${CPACK_TARN_DOCDIR}/*")
 foreach(document IN LISTS documents)

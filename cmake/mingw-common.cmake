@@ -1,4 +1,4 @@
-# The compilers with POSIX threads; everything is linked statically, so that no run-time DLL of theirs is needed.
+# The compilers with POSIX threads; everything is linked statically, so that none of their run-time DLLs is needed.
 set(CMAKE_C_COMPILER ${TARN_MINGW}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${TARN_MINGW}-g++-posix)
 set(CMAKE_RC_COMPILER ${TARN_MINGW}-windres)

@@ -19,8 +19,8 @@
  * Connection  The first call that needs the daemon connects; later calls reuse the connection. Only StopTarnDaemon
  *          closes it, once the daemon has answered. A connection that broke is not replaced: after a reset, or when the
  *          daemon was restarted, all further calls of the process fail or wait. A failed attempt to connect leaves its
- *          socket open until the process ends: whoever waits for the daemon to come up should try with a socket of his
- *          own, and call the library once that connects.
+ *          socket open until the process ends: a caller that waits for the daemon to come up should try with a socket
+ * of its own, and call the library once that connects.
  *
  * Out of step  After a failure while a reply is read, bytes of that reply may still be on the connection. The next
  *          calls then take them for their own replies, and can report success for something that the daemon refused.
@@ -130,8 +130,8 @@ enum TarnStatus {
 
 /*
  * One tracking record: what the daemon knows about one recipient of one sent message. 72 bytes on 32-bit and 64-bit
- * systems alike: each pointer stands in an 8-byte slot. Dates and the expiry are the daemon's own numbers, passed on
- * as they are (stand-in: milliseconds since 1970-01-01 UTC; 0 stands for "not set").
+ * systems alike: each pointer is in an 8-byte slot. Dates and the expiry are the daemon's own numbers, passed on
+ * as they are (stand-in: milliseconds since 1970-01-01 UTC; 0 means "not set").
  *
  * The four texts are task memory. In a record that the library returned they belong to the caller, who releases each
  * of them and then the array itself, all with the task allocator.
@@ -478,7 +478,7 @@ TARN_API int32_t TARN_CALL GetSupportedLocales(const TarnWideChar* configFile, T
  * Asks for the texts of the mail that carries an envelope, in one locale.
  *
  * configFile   in: path of the envelope configuration file; sent only when not empty.
- * locale       in: such as "de"; empty stands for "en".
+ * locale       in: such as "de"; empty means "en".
  * textBodyOut  out, with status 0: the plain text; empty when the server has none in this locale.
  * htmlBodyOut  out, with status 0: the HTML text; empty when the server has none in this locale.
  * Returns      the status code.

@@ -8,18 +8,22 @@ using namespace Client;
 using Merrow::code;
 using Merrow::tag;
 
+namespace {
+
 // The field of a login reply that belongs to its status.
-static std::string loginResult(const Merrow::RemoteLoginSession& session)
+std::string loginResult(const Merrow::RemoteLoginSession& session)
 {
     switch (session.statusCode) {
-    case 25:
+    case TARN_STATUS_ENROLLMENT_UNFINISHED:
         return session.getText();
-    case 18:
+    case TARN_STATUS_TOO_MANY_TRIES:
         return std::to_string(session.se);
     default:
         return {};
     }
 }
+
+} // namespace
 
 std::int32_t AuthenticateUser(const char* emailAddress, const char* password, const WideChar* configFile, char* result,
                               char* logBuffer)

@@ -24,7 +24,7 @@ public:
     // Takes the items out of a payload; the former ones are released.
     void replaceBy(Merrow::RemotePayload& payload);
 
-    // The item at the cursor; null when all were handed out.
+    // The item at the cursor; null when all were taken.
     const DecryptedItem* next() const;
     void advance() { ++cursor_; }
 

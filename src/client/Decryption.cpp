@@ -11,10 +11,15 @@ using namespace Client;
 using Merrow::code;
 using Merrow::tag;
 
-static bool meansWrongCredentials(std::int32_t status)
+namespace {
+
+bool meansWrongCredentials(std::int32_t status)
 {
-    return status == 2 || status == 17 || status == 200;
+    return status == TARN_STATUS_WRONG_PASSWORD || status == TARN_STATUS_ACCOUNT_DISABLED ||
+           status == TARN_STATUS_SESSION_KEY_INVALID;
 }
+
+} // namespace
 
 std::int32_t DecryptEnvelope(const char* password, const char* envelope, const WideChar* configFile,
                              const char* recipient, const char* sessionKey, char* configOut, std::uint8_t keepOpen,

@@ -11,12 +11,16 @@ using namespace Client;
 using Merrow::code;
 using Merrow::tag;
 
-static void sendRecipients(Merrow::CommandOutputStream& out, Merrow::Tag parameter, const char* list, const char* label)
+namespace {
+
+void sendRecipients(Merrow::CommandOutputStream& out, Merrow::Tag parameter, const char* list, const char* label)
 {
     for (const std::string& recipient : Text::splitAny(Text::orEmpty(list), ";")) {
         sendLogged(out, parameter, label, recipient);
     }
 }
+
+} // namespace
 
 std::int32_t EncryptEnvelopeOnline(const char* toList, const char* ccList, const char* bccList, const char* from,
                                    const char* password, const char* mimeMessage, const WideChar* configFile,

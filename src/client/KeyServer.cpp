@@ -9,6 +9,29 @@ using namespace Client;
 using Merrow::code;
 using Merrow::tag;
 
+namespace {
+
+// The 'LT' exchange, up to the reply's status.
+Merrow::RemoteLocalizedText askForTexts(Call<std::int32_t>& call, const WideChar* configFile)
+{
+    connectToDaemon();
+    call.out.beginCommand(code("LT"));
+    sendConfigFile(call.out, configFile, "Setting envelope config file ");
+    call.out.endCommand();
+    Merrow::RemoteLocalizedText texts(call.in);
+    call.result = texts.statusCode;
+    logStatus(texts);
+    return texts;
+}
+
+std::string textOf(const StringMap& texts, const std::string& locale)
+{
+    const auto entry = texts.find(locale);
+    return entry == texts.end() ? std::string() : entry->second;
+}
+
+} // namespace
+
 std::int32_t GetKeyServerInfo(const WideChar* configFile, std::uint8_t* readByEnabled,
                               std::uint8_t* expirationSupported, std::uint8_t* localizedTextEnabled, char* logBuffer)
 {
@@ -40,19 +63,6 @@ std::int32_t GetKeyServerInfo(const WideChar* configFile, std::uint8_t* readByEn
     });
 }
 
-// The 'LT' exchange, up to the reply's status.
-static Merrow::RemoteLocalizedText askForTexts(Call<std::int32_t>& call, const WideChar* configFile)
-{
-    connectToDaemon();
-    call.out.beginCommand(code("LT"));
-    sendConfigFile(call.out, configFile, "Setting envelope config file ");
-    call.out.endCommand();
-    Merrow::RemoteLocalizedText texts(call.in);
-    call.result = texts.statusCode;
-    logStatus(texts);
-    return texts;
-}
-
 std::int32_t GetSupportedLocales(const WideChar* configFile, WideChar* localesOut, char* logBuffer)
 {
     return runCall(statusFrame, logBuffer, [&](auto& call) {
@@ -62,12 +72,6 @@ std::int32_t GetSupportedLocales(const WideChar* configFile, WideChar* localesOu
             Text::formatConfigMapWide(texts.getFirstMap(), localesOut);
         }
     });
-}
-
-static std::string textOf(const StringMap& texts, const std::string& locale)
-{
-    const auto entry = texts.find(locale);
-    return entry == texts.end() ? std::string() : entry->second;
 }
 
 std::int32_t GetLocalizedMessageBody(const WideChar* configFile, const char* locale, char* textBodyOut,

@@ -8,7 +8,7 @@
 
 namespace Client {
 
-// One 'LS' exchange. The session it returns is left to the process: nobody deletes it.
+// One 'LS' exchange. The session it returns is never deleted.
 const Merrow::RemoteLoginSession& exchangeLogin(Merrow::CommandOutputStream& out, Merrow::CommandInputStream& in,
                                                 const char* user, const char* password, const WideChar* configFile);
 

@@ -18,31 +18,31 @@ struct EnrollmentOutput
     char* from;
 };
 
-// What a recipient's status tells the caller. Empty when the status is none of those that a message which waits can
-// have.
+// The text that a recipient's status comes with; none when the status is not one of those that an envelope waiting to
+// be opened can have.
 std::optional<std::string> statusText(const Merrow::RemotePayload& payload, const EnrollmentOutput& enrollment)
 {
     switch (payload.statusCode) {
-    case 11:
-    case 25:
+    case TARN_STATUS_NOT_ENROLLED:
+    case TARN_STATUS_ENROLLMENT_UNFINISHED:
         Text::copyOut(payload.getUu(), enrollment.id);
         log("Returned EnrollUUID: ", payload.getUu());
         Text::copyOut(payload.getFm(), enrollment.from);
         return payload.getText();
-    case 20:
+    case TARN_STATUS_LOCKED_WITH_MESSAGE:
         return payload.getStatusMessage();
-    case 18:
+    case TARN_STATUS_TOO_MANY_TRIES:
         return std::to_string(payload.se);
-    case 5:
-    case 6:
-    case 7:
-    case 15:
-    case 16:
-    case 17:
-    case 19:
-    case 21:
-    case 26:
-    case 34:
+    case TARN_STATUS_PASSWORD_NEEDED:
+    case TARN_STATUS_SESSION_KEY_ALIVE:
+    case TARN_STATUS_ASKED_BY_SENDER:
+    case TARN_STATUS_NOT_A_RECIPIENT:
+    case TARN_STATUS_UNKNOWN_ENVELOPE:
+    case TARN_STATUS_ACCOUNT_DISABLED:
+    case TARN_STATUS_EXPIRED:
+    case TARN_STATUS_LOCKED:
+    case TARN_STATUS_DAMAGED_ENVELOPE:
+    case TARN_STATUS_NO_ENVELOPE:
         return std::string();
     default:
         log("ERROR. Undefined status code. Message cannot be decrypted.");

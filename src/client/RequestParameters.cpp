@@ -36,7 +36,7 @@ void sendIfAny(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel
     }
 }
 
-void sendUnnamed(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::string_view text)
+void sendIfAnyUnlogged(Merrow::CommandOutputStream& out, Merrow::Tag parameter, LogLabel label, std::string_view text)
 {
     if (!text.empty()) {
         log(label);

@@ -23,10 +23,10 @@ void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel labe
 // The same for a text that is left out when it is empty.
 void sendIfAny(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
 
-// The same, with nothing but the label in the log.
-void sendUnnamed(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
+// The same, with only the label in the log.
+void sendIfAnyUnlogged(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
 
-// 'en', only when it is not empty; the log tells its size.
+// 'en', only when it is not empty; the log shows its size.
 void sendEnvelope(Merrow::CommandOutputStream& out, const char* envelope);
 
 // 'ep', only when it is not empty.

@@ -24,7 +24,7 @@ std::int32_t SetLockExpireStatus(const char* password, const char* envelope, con
             log("Starting RemoteSetMessageInformation...");
             call.out.beginCommand(code("SI"));
             sendLogged(call.out, tag("tc"), "Setting client type to: ", clientVersion());
-            sendUnnamed(call.out, tag("ky"), "Setting password.", Text::orEmpty(password));
+            sendIfAnyUnlogged(call.out, tag("ky"), "Setting password.", Text::orEmpty(password));
             sendEnvelope(call.out, envelope);
             sendConfigFile(call.out, configFile);
             log("Adding recipient.");
@@ -53,7 +53,7 @@ std::int32_t GetLockExpireStatus(const char* password, const char* envelope, con
         connectToDaemon();
         call.out.beginCommand(code("MI"));
         sendClientVersion(call.out);
-        sendUnnamed(call.out, tag("ky"), "Setting password", Text::orEmpty(password));
+        sendIfAnyUnlogged(call.out, tag("ky"), "Setting password", Text::orEmpty(password));
         sendEnvelope(call.out, envelope);
         sendConfigFile(call.out, configFile);
         log("Retrieving RemoteMessageInformation.");
@@ -104,8 +104,8 @@ std::int32_t GetRecipientEntries(const char* userName, const char* password, con
         log("Starting RemoteGetMessageInformation...");
         call.out.beginCommand(code("MI"));
         sendLogged(call.out, tag("tc"), "Setting client type to: ", buildClientVersion());
-        sendUnnamed(call.out, tag("fm"), "Setting username", Text::orEmpty(userName));
-        sendUnnamed(call.out, tag("ky"), "Setting password", Text::orEmpty(password));
+        sendIfAnyUnlogged(call.out, tag("fm"), "Setting username", Text::orEmpty(userName));
+        sendIfAnyUnlogged(call.out, tag("ky"), "Setting password", Text::orEmpty(password));
         sendConfigFile(call.out, configFile);
         if (const std::string_view field = Text::orEmpty(sortBy); !field.empty()) {
             sendText(call.out, tag("sf"), field);

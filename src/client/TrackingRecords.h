@@ -21,8 +21,8 @@ inline WideView textOf(const WideChar* text)
     return text == nullptr ? WideView() : WideView(text);
 }
 
-// An array of tracking records in task memory, as GetRecipientEntries hands it out. What is not handed out is
-// released here.
+// An array of tracking records in task memory, as GetRecipientEntries returns it. What is not returned is released
+// here, the texts before the array that holds them.
 class TrackingRecords
 {
 public:
@@ -48,7 +48,7 @@ private:
 
     std::unique_ptr<TarnRecipientEntry[], Release> entries_;
     std::uint32_t count_ = 0;
-    // Where the entry of a message id and a recipient stands: a search through the array for each record would take
+    // The position of each message id and recipient: a search through the array for each record would take
     // quadratic time.
     std::unordered_map<WideText, std::uint32_t> positions_;
 };

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-// The one place that knows the operating system. Each function is defined once a system, with the same contract.
+// The one place that knows the operating system. Each function is defined once for each system, with the same contract.
 namespace Platform {
 
 // ---- Sockets. Handles are signed 32-bit numbers, -1 for none.

@@ -4,7 +4,7 @@
 
 namespace Merrow {
 
-// What the protocol layer and the reply objects throw, always as a pointer to a heap object that nobody deletes. The
+// What the protocol layer and the reply objects throw, always as a pointer to a heap object that is never deleted. The
 // message is neither copied nor owned.
 class CommandException : public std::exception
 {

@@ -4,7 +4,7 @@
 
 namespace Merrow {
 
-// Receives from the socket whose handle stands in a variable of somebody else's, as CommandOutputSocket sends.
+// Receives from the socket whose handle is in a variable that this class does not own, as CommandOutputSocket sends.
 class CommandInputSocket final : public CommandInputStream
 {
 public:

@@ -43,7 +43,7 @@ void CommandInputStream::endReply()
     crcOn_ = true;
     const std::uint32_t expected = ~crc_;
     crc_ = crcStart;
-    // What a failed receive has left out of the CRC may well have been the ones that stand there.
+    // What a failed receive leaves out reads as ones, which may be what the missing bytes of the CRC were.
     if (broken_ || received != expected) {
         fail("CRC mismatch: Got 0x" + hexadecimal(received) + ", expected 0x" + hexadecimal(expected));
     }

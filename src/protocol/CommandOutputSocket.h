@@ -4,8 +4,8 @@
 
 namespace Merrow {
 
-// Sends to the socket whose handle stands in a variable of somebody else's: the variable is read at every send, and
-// the socket is never closed here.
+// Sends to the socket whose handle is in a variable that this class does not own: the variable is read at every send,
+// and the socket is never closed here.
 class CommandOutputSocket final : public CommandOutputStream
 {
 public:

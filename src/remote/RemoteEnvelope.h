@@ -20,7 +20,7 @@ struct LocalizedEnvelope
     std::string th;
 };
 
-// The reply to 'BE'. Each field is named by its tag; what it holds is the daemon's affair.
+// The reply to 'BE'. Each field is named by its tag; what it holds is up to the daemon.
 class RemoteEnvelope final : public RemoteResponse
 {
 public:

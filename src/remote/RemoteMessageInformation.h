@@ -21,7 +21,7 @@ public:
     const StringMap& getFirstMap() const { return fields; }
 
     // The text of a field, empty when it is missing. The numbers are converted from it: what follows the leading
-    // digits is ignored, what is no number is 0, what is out of range is the nearest number in it.
+    // digits is ignored, a text that is not a number gives 0, one out of range the nearest number in it.
     std::string getField(std::string_view name) const;
 
     std::string getMsgId() const { return getField(Field::msgId); }
@@ -40,7 +40,7 @@ public:
 class RemoteMessageInformation final : public RemoteLoginResponse
 {
 public:
-    // The recipients that getRecipients handed out outlive this object.
+    // Shared, because those that getRecipients returned must outlive this object.
     using Recipients = std::list<std::shared_ptr<RemoteRecipientInformation>>;
 
     explicit RemoteMessageInformation(CommandInputStream& stream) { readResponse(code("MI"), stream); }

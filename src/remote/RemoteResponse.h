@@ -27,7 +27,7 @@ protected:
 
     void readResponse(std::uint16_t expectedCode, CommandInputStream& stream);
 
-    // Reads the value of one parameter. A derived class handles its own tags and hands on all others, so that an
+    // Reads the value of one parameter. A derived class handles its own tags and passes all others on, so that an
     // unknown tag ends here, and ends the reply.
     virtual void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length);
 };

@@ -48,7 +48,7 @@ WideChar* utf8ToTaskMemWide(const char* text)
 
 void utf8IntoWide(const char* text, WideChar* destination)
 {
-    // The capacity is the text's own: the destination's is the caller's affair.
+    // The capacity is the text's own size: how large the destination is, only the caller knows.
     const std::int32_t units = Platform::utf8ToWide(text, -1, nullptr, 0);
     if (units > 0) {
         Platform::utf8ToWide(text, -1, destination, units);

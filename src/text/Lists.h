@@ -8,7 +8,7 @@
 
 namespace Text {
 
-// What stands between the items of a list that is returned as one text.
+// What separates the items of a list that is returned as one text.
 inline constexpr std::string_view listDelimiter = TARN_LIST_DELIMITER;
 
 // Cuts a text at every character that is one of the delimiters. Empty pieces are kept: an empty text is one empty

@@ -8,13 +8,15 @@ from pathlib import Path
 
 SYSTEM_DLLS = {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll", "ole32.dll", "SHELL32.dll", "USER32.dll", "WS2_32.dll"}
 SYSTEM_LIBRARIES = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "libstdc++.so.6", "ld-linux-x86-64.so.2"}
-VERSION = (7, 6, 1, 7)
+ROOT = Path(__file__).resolve().parents[2]
+VERSION = re.search(r'#define TARN_REMOTE_CLIENT_VERSION "(.*)"',
+                    (ROOT / "include/TarnRemoteClient.h").read_text()).group(1)
 VERSION_TEXTS = {
     "FileDescription": "Native client library of the secure-mail plug-in",
-    "FileVersion": "7.6.1.7",
+    "FileVersion": VERSION,
     "OriginalFilename": "TarnRemoteClient.dll",
     "ProductName": "Tarn Remote Client",
-    "ProductVersion": "7.6.1.7",
+    "ProductVersion": VERSION,
 }
 failures = 0
 
@@ -51,6 +53,8 @@ def check_windows_file(file, bits):
     allowed = SYSTEM_DLLS | ({"TarnRemoteClient.dll"} if file.suffix == ".exe" else set())
     check(f"{name}: imports {' '.join(sorted(imports))}", imports and imports <= allowed, imports - allowed)
     wanted = {"DYNAMIC_BASE", "NX_COMPAT"} | ({"HIGH_ENTROPY_VA"} if bits == 64 else set())
+    if bits == 32 and file.suffix == ".dll":
+        wanted.add("NO_SEH")
     flags = set(re.search(r"DllCharacteristics\s+\S+\n((?:\t+\w+\n)*)", text).group(1).split())
     check(f"{name}: flags {' '.join(sorted(flags))}", wanted <= flags, wanted - flags)
     relocations = re.search(r"Entry 5 \S+ (\S+) Base Relocation", text)
@@ -68,7 +72,7 @@ def check_dll(file, bits, exports):
     for index, label in ((1, "file"), (2, "product")):
         parts = numbers and struct.unpack("<4H", numbers.group(index))
         check_equal(f"{file.name} ({bits} bits): {label} version",
-                    parts and (parts[1], parts[0], parts[3], parts[2]), VERSION)
+                    parts and (parts[1], parts[0], parts[3], parts[2]), tuple(int(part) for part in VERSION.split(".")))
     for key, expected in VERSION_TEXTS.items():
         found = re.search(re.escape((key + "\0").encode("utf-16-le")) + rb"(?:\0\0)?((?:[^\0]\0)+)\0\0", data)
         check_equal(f"{file.name} ({bits} bits): {key}", found and found.group(1).decode("utf-16-le"), expected)
@@ -85,6 +89,22 @@ def check_shared_object(file, exports):
     check_debug_file(file, "objdump")
 
 
+def check_elf_files(build):
+    """Every program and library that was built: hardened, and with no run path but the one beside it."""
+    files = [file for folder in ("bin", "lib") for file in sorted((build / folder).iterdir())
+             if not file.is_symlink() and file.suffix != ".debug" and file.read_bytes()[:4] == b"\x7fELF"]
+    check(f"{build.name}: has programs", len(files) > 5, files)
+    for file in files:
+        text = output("readelf", "-hldW", str(file))
+        paths = re.findall(r"\(R(?:UN)?PATH\).*\[(.*)\]", text)
+        check(f"{file.name}: run path {paths}", paths in ([], ["$ORIGIN/../lib"]), paths)
+        stack = re.search(r"GNU_STACK .* (\S+) +0x", text)
+        hardened = {"position-independent": "Type:                              DYN" in text,
+                    "read-only after relocation": "GNU_RELRO" in text, "bound at start": "BIND_NOW" in text,
+                    "stack not executable": stack and "E" not in stack.group(1)}
+        check(f"{file.name}: hardened", all(hardened.values()), hardened)
+
+
 def check_paths(prefix, paths):
     files = [file for file in sorted(prefix.rglob("*")) if file.is_file()]
     found = [f"{file.relative_to(prefix)} has {path}" for file in files for path in paths
@@ -99,15 +119,15 @@ def main():
     parser.add_argument("x86", type=Path, help="where the 32-bit Windows build is installed")
     parser.add_argument("builds", type=Path, nargs="+", help="the folders that they were built in")
     arguments = parser.parse_args()
-    root = Path(__file__).resolve().parents[2]
-    exports = sorted((root / "src/TarnRemoteClient.exports").read_text().split())
+    exports = sorted((ROOT / "src/TarnRemoteClient.exports").read_text().split())
+    check_elf_files(arguments.builds[0])
     check_shared_object((arguments.linux / "lib/libTarnRemoteClient.so").resolve(), exports)
     for prefix, bits in ((arguments.x64, 64), (arguments.x86, 32)):
         check_dll(prefix / "bin/TarnRemoteClient.dll", bits, exports)
         for tool in prefix.glob("bin/*.exe"):
             check_windows_file(tool, bits)
     for prefix in (arguments.linux, arguments.x64, arguments.x86):
-        check_paths(prefix, [root, *(build.resolve() for build in arguments.builds)])
+        check_paths(prefix, [ROOT, *(build.resolve() for build in arguments.builds)])
     sys.exit(failures > 0)
 
 

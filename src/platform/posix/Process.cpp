@@ -59,8 +59,8 @@ int becomeProgram(const char* program, char* const* arguments, int report)
     return errno;
 }
 
-// Starts the program as the child of a child that ends at once, so that it is nobody's of ours to wait for. Returns 0
-// or the error number; the program's own start, which closes the pipe, is what ends the reading.
+// Starts the program as the child of a child that ends at once, so that no zombie is left to this process. Returns 0 or
+// the error number. The pipe is closed when the program starts, which ends the reading.
 int spawnDetached(const char* program, char* const* arguments)
 {
     int ends[2];

@@ -57,7 +57,7 @@ std::int32_t createSocket()
     if (descriptor != 0) {
         return descriptor;
     }
-    // 0 stands for no socket above: it comes up where the host has closed its standard input.
+    // The callers take 0 for no socket. The system hands it out when the host has closed its standard input.
     const int other = fcntl(descriptor, F_DUPFD_CLOEXEC, 1);
     close(descriptor);
     return other;

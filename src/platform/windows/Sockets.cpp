@@ -21,10 +21,14 @@ std::int32_t createSocket()
     return static_cast<std::int32_t>(socket(AF_INET, SOCK_STREAM, 0));
 }
 
-static SOCKET handle(std::int32_t socket)
+namespace {
+
+SOCKET handle(std::int32_t socket)
 {
     return static_cast<SOCKET>(socket);
 }
+
+} // namespace
 
 bool connectToLoopback(std::int32_t socket, std::uint16_t port)
 {
