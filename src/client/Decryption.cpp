@@ -83,13 +83,9 @@ std::uint32_t GetNextDecryptedItem(std::uint32_t* flags, std::uint32_t* type, st
     }
     *flags = item->flags;
     *type = item->type;
-    if (!item->name.empty()) {
-        std::memcpy(nameBuffer, item->name.data(), item->name.size());
-    }
+    item->name.copy(reinterpret_cast<char*>(nameBuffer), item->name.size());
     std::strcat(contentTypeBuffer, item->contentType.c_str());
-    if (!item->data.empty()) {
-        std::memcpy(dataBuffer, item->data.data(), item->data.size());
-    }
+    item->data.copy(reinterpret_cast<char*>(dataBuffer), item->data.size());
     decryptedItems().advance();
     return 1;
 }
