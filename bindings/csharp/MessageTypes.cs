@@ -1,4 +1,6 @@
+using System;
 using System.Collections.Generic;
+using System.Diagnostics.CodeAnalysis;
 
 namespace Tarn
 {
@@ -12,15 +14,15 @@ namespace Tarn
         /// <summary>The Bcc recipients.</summary>
         public IList<string> Bcc { get; } = new List<string>();
         /// <summary>The sender's address, also the user name of the login.</summary>
-        public string From { get; set; }
-        /// <summary>The sender's password, used by the login alone.</summary>
-        public string Password { get; set; }
+        [AllowNull, MaybeNull] public string From { get; set; }
+        /// <summary>The sender's password; used by the login alone, and then not null.</summary>
+        [AllowNull, MaybeNull] public string Password { get; set; }
         /// <summary>The whole MIME message, without zero bytes.</summary>
-        public byte[] MimeMessage { get; set; }
+        [AllowNull, MaybeNull] public byte[] MimeMessage { get; set; }
         /// <summary>
-        /// A configuration from <see cref="DecryptedMessage.EncodedConfig"/>, which stands for the login; or null.
+        /// A configuration from <see cref="DecryptedMessage.EncodedConfig"/>, which makes a login unnecessary; or null.
         /// </summary>
-        public string EncodedConfig { get; set; }
+        [AllowNull, MaybeNull] public string EncodedConfig { get; set; }
         /// <summary>Whether to log in first.</summary>
         public bool Login { get; set; } = true;
     }
@@ -29,26 +31,26 @@ namespace Tarn
     public sealed class Envelope
     {
         /// <summary>The envelope itself, which is sent as an attachment.</summary>
-        public string Text { get; internal set; }
-        /// <summary>The plain text that stands around it.</summary>
-        public string TextBody { get; internal set; }
-        /// <summary>The HTML text that stands around it.</summary>
-        public string HtmlBody { get; internal set; }
+        public string Text { get; set; } = "";
+        /// <summary>The plain text of the mail that carries it.</summary>
+        public string TextBody { get; set; } = "";
+        /// <summary>The HTML text of that mail.</summary>
+        public string HtmlBody { get; set; } = "";
         /// <summary>The attachment's name.</summary>
-        public string AttachmentName { get; internal set; }
+        public string AttachmentName { get; set; } = "";
     }
 
     /// <summary>An envelope to decrypt.</summary>
     public sealed class DecryptRequest
     {
         /// <summary>The envelope.</summary>
-        public string Envelope { get; set; }
+        [AllowNull, MaybeNull] public string Envelope { get; set; }
         /// <summary>The recipient's address, or null.</summary>
-        public string Recipient { get; set; }
+        [AllowNull, MaybeNull] public string Recipient { get; set; }
         /// <summary>The recipient's password; may be empty.</summary>
         public string Password { get; set; } = "";
         /// <summary>The key of a message that was kept open, or null. It is written to the log.</summary>
-        public string SessionKey { get; set; }
+        [AllowNull, MaybeNull] public string SessionKey { get; set; }
         /// <summary>Whether the daemon is to keep the message open for its session key.</summary>
         public bool KeepOpen { get; set; }
     }
@@ -57,32 +59,49 @@ namespace Tarn
     public sealed class DecryptedMessage
     {
         /// <summary>The envelope's configuration, for <see cref="EncryptRequest.EncodedConfig"/> of a reply.</summary>
-        public string EncodedConfig { get; internal set; }
+        public string EncodedConfig { get; set; } = "";
         /// <summary>The payload's key.</summary>
-        public string Key { get; internal set; }
+        public string Key { get; set; } = "";
         /// <summary>The sender's address.</summary>
-        public string Sender { get; internal set; }
-        /// <summary>
-        /// The items, handed out one by one and each of them once: enumerating again goes on behind the last one that
-        /// was handed out. The library holds the items of one message; once another is decrypted, enumerating fails
-        /// with an <see cref="System.InvalidOperationException"/>.
-        /// </summary>
-        public IEnumerable<DecryptedItem> Items { get; internal set; }
+        public string Sender { get; set; } = "";
+        /// <summary>Its bodies and attachments.</summary>
+        public IReadOnlyList<DecryptedItem> Items { get; set; } = new DecryptedItem[0];
+    }
+
+    /// <summary>What an item is. The daemon gives the numbers their meaning; others can occur.</summary>
+    public enum ItemType : uint
+    {
+        /// <summary>A body of the message.</summary>
+        Body = 1,
+        /// <summary>An attachment.</summary>
+        Attachment = 2
+    }
+
+    /// <summary>An item's flags. The daemon gives them their meaning; others can occur.</summary>
+    [Flags]
+    public enum ItemFlags : uint
+    {
+        /// <summary>No flag is set.</summary>
+        None = 0,
+        /// <summary>It is shown within the message.</summary>
+        Inline = 1,
+        /// <summary>It had no name and was given one.</summary>
+        NameMadeUp = 2
     }
 
     /// <summary>One item of a decrypted message: a body or an attachment.</summary>
     public sealed class DecryptedItem
     {
-        /// <summary>The item's flags, the daemon's number.</summary>
-        public uint Flags { get; internal set; }
-        /// <summary>The item's type, the daemon's number.</summary>
-        public uint Type { get; internal set; }
+        /// <summary>The item's flags.</summary>
+        public ItemFlags Flags { get; set; }
+        /// <summary>The item's type.</summary>
+        public ItemType Type { get; set; }
         /// <summary>The item's name.</summary>
-        public string Name { get; internal set; }
+        public string Name { get; set; } = "";
         /// <summary>The item's content type.</summary>
-        public string ContentType { get; internal set; }
+        public string ContentType { get; set; } = "";
         /// <summary>The item's bytes.</summary>
-        public byte[] Data { get; internal set; }
+        public byte[] Data { get; set; } = new byte[0];
     }
 
     /// <summary>What keeps an envelope from being opened, recipient by recipient.</summary>
@@ -92,32 +111,32 @@ namespace Tarn
         /// One status for each recipient that was asked for. A status that ends the inquiry is the last one, so there
         /// can be fewer than recipients given.
         /// </summary>
-        public IReadOnlyList<RecipientStatus> Recipients { get; internal set; }
+        public IReadOnlyList<RecipientStatus> Recipients { get; set; } = new RecipientStatus[0];
         /// <summary>The enrollment id of the last recipient in status 11 or 25; else empty.</summary>
-        public string EnrollmentId { get; internal set; }
+        public string EnrollmentId { get; set; } = "";
         /// <summary>The sender's address, if there is a recipient in status 11 or 25; else empty.</summary>
-        public string Sender { get; internal set; }
+        public string Sender { get; set; } = "";
         /// <summary>The message's sensitivity, -1 for unknown.</summary>
-        public int Sensitivity { get; internal set; }
+        public int Sensitivity { get; set; }
     }
 
     /// <summary>The status of an envelope for one recipient.</summary>
     public sealed class RecipientStatus
     {
         /// <summary>The recipient's address.</summary>
-        public string Recipient { get; internal set; }
+        public string Recipient { get; set; } = "";
         /// <summary>The status code.</summary>
-        public int Status { get; internal set; }
-        /// <summary>For 11 and 25 a link, for 20 a message, for 18 the seconds to wait; else empty.</summary>
-        public string Text { get; internal set; }
+        public TarnStatus Status { get; set; }
+        /// <summary>For 11 and 25 a text for the user, for 20 a message, for 18 the seconds to wait; else empty.</summary>
+        public string Text { get; set; } = "";
     }
 
     /// <summary>Whom an envelope is for.</summary>
     public sealed class EnvelopeRecipients
     {
         /// <summary>The To and then the Cc recipients.</summary>
-        public IReadOnlyList<string> Addresses { get; internal set; }
+        public IReadOnlyList<string> Addresses { get; set; } = new string[0];
         /// <summary>The message's sensitivity.</summary>
-        public int Sensitivity { get; internal set; }
+        public int Sensitivity { get; set; }
     }
 }

@@ -10,63 +10,48 @@ namespace Tarn
     internal static class OperationLog
     {
         private const string LinePrefix = "[TarnRemoteClient:";
-
-        // A line's prefix and the longest label that stands before a text, rounded up.
-        private const int BytesPerLine = 64;
-
-        // For the lines that each call writes anyway and for the daemon's own texts, unknown before the call.
-        private const int Reserve = 8192;
-
-        private const int Room = TarnRemoteClient.LogSize - Reserve;
-
-        private static readonly string[] FailureLabels =
-        {
-            "] Unexpected exception occured. GetLastError() : ",
-            "] Unknown exception occured, setting status to -1. GetLastError() : "
-        };
+        private const int Room = TarnRemoteClient.LogSize - TarnRemoteClient.LogReserve;
 
         /// <summary>Refuses a call whose texts could fill the log: one that overflows ends the process.</summary>
-        public static void RequireRoom(string export, IEnumerable<string> loggedTexts)
+        public static void RequireRoom(string call, string parameter, IEnumerable<string> loggedTexts)
         {
-            long bytes = loggedTexts.Sum(text => (long)BytesPerLine + Encoding.UTF8.GetByteCount(text ?? ""));
+            long bytes = loggedTexts.Sum(text => TarnRemoteClient.LogLineSize + (long)Encoding.UTF8.GetByteCount(text));
             if (bytes > Room)
                 throw new ArgumentException(string.Format(CultureInfo.InvariantCulture,
-                    "too much for one {0}: its recipients and other logged texts come to about {1} bytes, and the " +
-                    "operation log has room for {2}", export, bytes, Room));
-        }
-
-        /// <summary>Whether the call ended in a failure of the exchange: its handler writes the last line.</summary>
-        public static bool TellsFailure(string log)
-        {
-            int lastLine = log.LastIndexOf(LinePrefix, StringComparison.Ordinal);
-            if (lastLine < 0)
-                return false;
-            int labelStart = log.IndexOf(']', lastLine);
-            return FailureLabels.Any(label =>
-                labelStart >= 0 && string.CompareOrdinal(log, labelStart, label, 0, label.Length) == 0);
+                    "too much for one {0}: recipients and other logged texts come to about {1} bytes, and the " +
+                    "operation log has room for {2}", call, bytes, Room), parameter);
         }
 
         /// <summary>The daemon's message for its status, behind its label or on the lines below it.</summary>
         public static string StatusMessage(string log)
         {
-            return TextAfter(log, "] Status message:");
-        }
-
-        /// <summary>The last number behind a label, -1 when there is none.</summary>
-        public static int NumberAfter(string log, string label)
-        {
-            string text = TextAfter(log, label);
-            return int.TryParse(text, NumberStyles.Integer, CultureInfo.InvariantCulture, out int number) ? number : -1;
-        }
-
-        private static string TextAfter(string log, string label)
-        {
-            int start = log.LastIndexOf(label, StringComparison.Ordinal);
-            if (start < 0)
+            int label = log.LastIndexOf("] Status message:", StringComparison.Ordinal);
+            if (label < 0)
                 return "";
-            start += label.Length;
-            int end = log.IndexOf("\n" + LinePrefix, start, StringComparison.Ordinal);
+            int start = log.IndexOf(':', label) + 1, end = log.IndexOf("\n" + LinePrefix, start, StringComparison.Ordinal);
             return (end < 0 ? log.Substring(start) : log.Substring(start, end - start)).Trim();
+        }
+
+        /// <summary>The number behind the first line that begins with a label; nothing when there is none.</summary>
+        public static int? NumberAfter(string log, string label)
+        {
+            int start = log.IndexOf("] " + label, StringComparison.Ordinal);
+            return start < 0 ? null : Number(log, start + 2 + label.Length);
+        }
+
+        /// <summary>The system's error number, with which the log of a failed call ends; 0 when it does not.</summary>
+        public static int ErrorNumber(string log)
+        {
+            const string label = "GetLastError() : ";
+            int start = log.LastIndexOf(label, StringComparison.Ordinal);
+            return start < 0 ? 0 : Number(log, start + label.Length) ?? 0;
+        }
+
+        private static int? Number(string log, int start)
+        {
+            int end = log.IndexOf('\n', start);
+            return int.TryParse(log.Substring(start, (end < 0 ? log.Length : end) - start), NumberStyles.Integer,
+                CultureInfo.InvariantCulture, out int number) ? number : (int?)null;
         }
     }
 }

@@ -2,117 +2,170 @@ using System;
 using System.Collections.Generic;
 using System.Globalization;
 using System.Linq;
+using System.Threading;
+using System.Threading.Tasks;
 
 namespace Tarn
 {
     public sealed partial class TarnClient
     {
-        // Tells which decryption the items that the library holds come from.
-        private static int lastDecryption;
+        private const int LongestStatusCode = 7; // with its sign and the ";" behind it
 
-        /// <summary>Turns a MIME message into an encrypted envelope.</summary>
-        public Envelope Encrypt(EncryptRequest request)
+        /// <inheritdoc/>
+        public Task<Envelope> EncryptAsync(EncryptRequest request,
+            CancellationToken cancellation = default(CancellationToken))
         {
-            byte[] to = JoinAddresses(request.To), cc = JoinAddresses(request.Cc), bcc = JoinAddresses(request.Bcc);
-            byte[] from = Required(request.From, nameof(request.From)), password = Utf8.Encode(request.Password);
-            byte[] mime = Utf8.Terminated(request.MimeMessage ?? new byte[0]);
-            byte[] config = Utf8.Encode(request.EncodedConfig), loginFlag = Utf8.Encode(request.Login ? "1" : "0");
-            var logged = request.To.Concat(request.Cc).Concat(request.Bcc)
-                .Concat(new[] { request.From, ConfigFile, ConfigFile });
-            using (var envelope = TextBuffer.Envelope(mime.Length))
-            using (var textBody = TextBuffer.Envelope(mime.Length))
-            using (var htmlBody = TextBuffer.Envelope(mime.Length))
-            using (var attachmentName = TextBuffer.WideValue())
+            const string call = "EncryptEnvelopeOnline";
+            Arguments.Required(request, nameof(request));
+            string[] to = Arguments.Addresses(request.To, nameof(request.To));
+            string[] cc = Arguments.Addresses(request.Cc, nameof(request.Cc));
+            string[] bcc = Arguments.Addresses(request.Bcc, nameof(request.Bcc));
+            string config = CheckedConfigFile();
+            byte[] from = Arguments.RequiredUtf8(request.From, nameof(request.From));
+            bool login = request.Login && string.IsNullOrEmpty(request.EncodedConfig);
+            byte[] password = login
+                ? Arguments.RequiredUtf8(request.Password, nameof(request.Password))
+                : Utf8.Encode("");
+            byte[] mime = Utf8.Terminated(
+                request.MimeMessage ?? throw new ArgumentNullException(nameof(request.MimeMessage)),
+                nameof(request.MimeMessage));
+            byte[] encodedConfig = Utf8.Encode(request.EncodedConfig, nameof(request.EncodedConfig));
+            OperationLog.RequireRoom(call, nameof(request.To),
+                to.Concat(cc).Concat(bcc).Concat(new[] { request.From ?? "", config, config }));
+            return Call(call, () =>
             {
-                Run("EncryptEnvelopeOnline", logged, log => TarnRemoteClient.EncryptEnvelopeOnline(to, cc, bcc, from,
-                    password, mime, Wide(ConfigFile), envelope.Memory, textBody.Memory, htmlBody.Memory,
-                    attachmentName.Memory, config, loginFlag, log.Memory));
-                return new Envelope
+                using (var envelope = TextBuffer.Envelope(mime.Length))
+                using (var textBody = TextBuffer.Envelope(mime.Length))
+                using (var htmlBody = TextBuffer.Envelope(mime.Length))
+                using (var attachmentName = TextBuffer.WideValue())
                 {
-                    Text = envelope.Text,
-                    TextBody = textBody.Text,
-                    HtmlBody = htmlBody.Text,
-                    AttachmentName = attachmentName.Text
-                };
-            }
-        }
-
-        /// <summary>Decrypts an envelope. A status of 2, 17 or 200 means wrong credentials.</summary>
-        public DecryptedMessage Decrypt(DecryptRequest request)
-        {
-            byte[] password = Required(request.Password, nameof(request.Password));
-            byte[] envelopeText = Utf8.Encode(request.Envelope);
-            byte[] recipient = Utf8.Encode(request.Recipient), sessionKey = Utf8.Encode(request.SessionKey);
-            var logged = new[] { ConfigFile, request.Recipient, request.SessionKey };
-            using (var config = TextBuffer.Value())
-            using (var key = TextBuffer.WideValue())
-            using (var sender = TextBuffer.WideValue())
-            {
-                int decryption = 0;
-                Run("DecryptEnvelope", logged, log =>
-                {
-                    int status = TarnRemoteClient.DecryptEnvelope(password, envelopeText, Wide(ConfigFile), recipient,
-                        sessionKey, config.Memory, (byte)(request.KeepOpen ? 1 : 0), key.Memory, sender.Memory,
-                        log.Memory);
-                    if (status == 0)
-                        decryption = ++lastDecryption;
-                    return status;
-                });
-                return new DecryptedMessage
-                {
-                    EncodedConfig = config.Text,
-                    Key = key.Text,
-                    Sender = sender.Text,
-                    Items = ItemsOf(decryption)
-                };
-            }
-        }
-
-        /// <summary>Asks what keeps an envelope from being opened, without decrypting it.</summary>
-        /// <remarks>A status is data here, since success is none of the answers.</remarks>
-        public PayloadStatus GetPayloadStatus(string envelope, IEnumerable<string> recipients)
-        {
-            string[] asked = recipients.ToArray();
-            byte[] envelopeText = Utf8.Encode(envelope), list = JoinAddresses(asked);
-            using (var texts = TextBuffer.WideList())
-            using (var enrollId = TextBuffer.Value())
-            using (var sender = TextBuffer.Value())
-            using (var codes = TextBuffer.List())
-            {
-                int sensitivity, status;
-                lock (Gate)
-                {
-                    status = TarnRemoteClient.GetPayloadStatus(envelopeText, Wide(ConfigFile), list, texts.Memory,
-                        enrollId.Memory, sender.Memory, codes.Memory, out sensitivity);
-                    LastLog = "";
-                }
-                string[] statuses = codes.Text.Split(';'), statusTexts = SplitList(texts.Text);
-                if (statuses[0].Length == 0 || statusTexts.Length != statuses.Length)
-                    throw new TarnException("GetPayloadStatus", status, "", true);
-                return new PayloadStatus
-                {
-                    Recipients = statuses.Select((code, i) => new RecipientStatus
+                    int status = Logged(log => TarnRemoteClient.EncryptEnvelopeOnline(Arguments.Joined(to),
+                        Arguments.Joined(cc), Arguments.Joined(bcc), from, password, mime, config, envelope.Memory,
+                        textBody.Memory, htmlBody.Memory, attachmentName.Memory, encodedConfig,
+                        Utf8.Encode(login ? "1" : "0"), log));
+                    // A failure behind a login leaves the login's status 0, and the outputs unwritten.
+                    Require(call, status, "", envelope, textBody, htmlBody, attachmentName);
+                    return new Envelope
                     {
-                        Recipient = i < asked.Length ? asked[i] : "",
-                        Status = int.Parse(code, CultureInfo.InvariantCulture),
-                        Text = statusTexts[i]
-                    }).ToList(),
-                    EnrollmentId = enrollId.Text,
-                    Sender = sender.Text,
-                    Sensitivity = sensitivity
+                        Text = envelope.Text,
+                        TextBody = textBody.Text,
+                        HtmlBody = htmlBody.Text,
+                        AttachmentName = attachmentName.Text
+                    };
+                }
+            }, cancellation);
+        }
+
+        /// <inheritdoc/>
+        public Task<DecryptedMessage> DecryptAsync(DecryptRequest request,
+            CancellationToken cancellation = default(CancellationToken))
+        {
+            const string call = "DecryptEnvelope";
+            Arguments.Required(request, nameof(request));
+            byte[] envelope = Arguments.RequiredUtf8(request.Envelope, nameof(request.Envelope));
+            byte[] password = Arguments.RequiredUtf8(request.Password, nameof(request.Password));
+            byte[] recipient = Utf8.Encode(request.Recipient, nameof(request.Recipient));
+            byte[] sessionKey = Utf8.Encode(request.SessionKey, nameof(request.SessionKey));
+            byte keepOpen = (byte)(request.KeepOpen ? 1 : 0);
+            string configFile = CheckedConfigFile();
+            OperationLog.RequireRoom(call, nameof(request),
+                new[] { configFile, request.Recipient ?? "", request.SessionKey ?? "" });
+            return Call(call, () =>
+            {
+                using (var config = TextBuffer.Value())
+                using (var key = TextBuffer.WideValue())
+                using (var sender = TextBuffer.WideValue())
+                {
+                    int status = Logged(log => TarnRemoteClient.DecryptEnvelope(password, envelope, configFile,
+                        recipient, sessionKey, config.Memory, keepOpen, key.Memory, sender.Memory, log));
+                    Require(call, status, "", config, key, sender);
+                    return new DecryptedMessage
+                    {
+                        EncodedConfig = config.Text,
+                        Key = key.Text,
+                        Sender = sender.Text,
+                        Items = ReadItems().ToList()
+                    };
+                }
+            }, cancellation);
+        }
+
+        private static IEnumerable<DecryptedItem> ReadItems()
+        {
+            uint contentTypeLength = 0, flags = 0, type = 0;
+            while (TarnRemoteClient.GetNextDecryptedItemInfo(out uint nameSize, ref contentTypeLength,
+                out uint dataSize) != 0)
+            {
+                var name = new byte[nameSize];
+                var contentType = new byte[contentTypeLength + 1];
+                var data = new byte[dataSize];
+                TarnRemoteClient.GetNextDecryptedItem(ref flags, ref type, name, contentType, data);
+                yield return new DecryptedItem
+                {
+                    Flags = (ItemFlags)flags,
+                    Type = (ItemType)type,
+                    Name = Utf8.Decode(name),
+                    ContentType = Utf8.Decode(contentType),
+                    Data = data
                 };
             }
         }
 
-        /// <summary>Asks whom an envelope is for, without decrypting it.</summary>
-        public EnvelopeRecipients GetRecipients(string envelope)
+        /// <inheritdoc/>
+        public Task<PayloadStatus> GetPayloadStatusAsync(string envelope, IEnumerable<string> recipients,
+            CancellationToken cancellation = default(CancellationToken))
         {
-            byte[] envelopeText = Utf8.Encode(envelope);
+            const string call = "GetPayloadStatus";
+            byte[] envelopeText = Arguments.RequiredUtf8(envelope, nameof(envelope));
+            string[] asked = Arguments.Addresses(recipients, nameof(recipients));
+            string config = CheckedConfigFile();
+            return Call(call, () =>
+            {
+                using (var texts = TextBuffer.WideList())
+                using (var enrollId = TextBuffer.Value())
+                using (var sender = TextBuffer.Value())
+                using (var codes = TextBuffer.OfBytes(LongestStatusCode * (asked.Length + 1L)))
+                {
+                    int status = TarnRemoteClient.GetPayloadStatus(envelopeText, config, Arguments.Joined(asked),
+                        texts.Memory, enrollId.Memory, sender.Memory, codes.Memory, out int sensitivity);
+                    LastLog = "";
+                    if (status == (int)TarnStatus.None || !texts.IsWritten || !codes.IsWritten)
+                        throw new TarnExchangeException(call, 0);
+                    string[] statuses = codes.Text.Split(';'), statusTexts = ListTexts.Split(texts.Text);
+                    if (statusTexts.Length != statuses.Length)
+                        throw new TarnReplyException(call, "a text in the answer holds the list delimiter");
+                    return new PayloadStatus
+                    {
+                        Recipients = statuses.Select((code, i) => new RecipientStatus
+                        {
+                            Recipient = i < asked.Length ? asked[i] : "",
+                            Status = (TarnStatus)int.Parse(code, CultureInfo.InvariantCulture),
+                            Text = statusTexts[i]
+                        }).ToList(),
+                        EnrollmentId = enrollId.Text,
+                        Sender = sender.Text,
+                        Sensitivity = sensitivity
+                    };
+                }
+            }, cancellation);
+        }
+
+        /// <inheritdoc/>
+        public Task<EnvelopeRecipients> GetRecipientsAsync(string envelope,
+            CancellationToken cancellation = default(CancellationToken))
+        {
+            byte[] envelopeText = Arguments.RequiredUtf8(envelope, nameof(envelope));
+            return Call("GetRecipients", () => ReadRecipients(envelopeText), cancellation);
+        }
+
+        private EnvelopeRecipients ReadRecipients(byte[] envelope)
+        {
             uint sensitivity = 0;
             using (var list = TextBuffer.WideList())
             {
-                Run("GetRecipients", new string[0],
-                    log => TarnRemoteClient.GetRecipients(envelopeText, list.Memory, ref sensitivity, log.Memory));
+                int status = Logged(log =>
+                    TarnRemoteClient.GetRecipients(envelope, list.Memory, ref sensitivity, log));
+                Require("GetRecipients", status, "", list);
                 string[] addresses = list.Text.Split(';');
                 return new EnvelopeRecipients
                 {
@@ -121,43 +174,6 @@ namespace Tarn
                     Sensitivity = unchecked((int)sensitivity)
                 };
             }
-        }
-
-        private static IEnumerable<DecryptedItem> ItemsOf(int decryption)
-        {
-            DecryptedItem item;
-            while ((item = NextItem(decryption)) != null)
-                yield return item;
-        }
-
-        private static DecryptedItem NextItem(int decryption)
-        {
-            lock (Gate)
-            {
-                if (decryption != lastDecryption)
-                    throw new InvalidOperationException("the library holds the items of another envelope by now");
-                uint nameSize, contentTypeLength = 0, dataSize;
-                if (TarnRemoteClient.GetNextDecryptedItemInfo(out nameSize, ref contentTypeLength, out dataSize) == 0)
-                    return null;
-                uint flags = 0, type = 0;
-                var name = new byte[nameSize];
-                var contentType = new byte[contentTypeLength + 1];
-                var data = new byte[dataSize];
-                TarnRemoteClient.GetNextDecryptedItem(ref flags, ref type, name, contentType, data);
-                return new DecryptedItem
-                {
-                    Flags = flags,
-                    Type = type,
-                    Name = Utf8.Decode(name),
-                    ContentType = Utf8.Decode(contentType),
-                    Data = data
-                };
-            }
-        }
-
-        private static string[] SplitList(string text)
-        {
-            return text.Split(new[] { TarnRemoteClient.ListDelimiter }, StringSplitOptions.None);
         }
     }
 }

@@ -1,153 +1,153 @@
 using System;
-using System.Collections.Generic;
-using System.Linq;
-using System.Runtime.InteropServices;
+using System.Net;
+using System.Net.Sockets;
+using System.Threading;
+using System.Threading.Tasks;
 
 namespace Tarn
 {
     /// <summary>
-    /// The library's functions with managed texts and results that own themselves. A method returns when the daemon
-    /// answered with status 0 and throws a <see cref="TarnException"/> otherwise.
+    /// The library's functions with managed texts and results. A method's task ends when the daemon has answered with
+    /// status 0, and in an exception otherwise.
     /// </summary>
     /// <remarks>
-    /// Connection, decrypted items and operation log are the library's and so the process's: all clients share them,
-    /// and their calls wait for each other. There is no time limit for the daemon's answer. A method throws an
-    /// <see cref="ArgumentException"/> before it calls the library when its recipients and other texts could overflow
-    /// the operation log, which would end the process: that is at about 270 addresses of 25 characters.
+    /// The connection and the native library are the process's: all clients share them, and one thread makes their
+    /// calls one after the other.
     /// </remarks>
-    public sealed partial class TarnClient
+    public sealed partial class TarnClient : ITarnClient
     {
-        private static readonly object Gate = new object();
-
-        /// <summary>Path of the envelope configuration file that most calls name to the daemon; or null.</summary>
-        public string ConfigFile { get; set; }
-
-        /// <summary>The operation log of this client's last call.</summary>
-        public string LastLog { get; private set; } = "";
-
-        /// <summary>Launches the daemon. Does not wait until it listens.</summary>
-        /// <param name="jarPath">Path of its jar file, without spaces.</param>
-        /// <exception cref="TarnException">
-        /// The system did not launch it; the status is the system's answer, such as 2 for "no such program".
-        /// </exception>
-        /// <exception cref="ArgumentException">The path cannot be written in the system's 8-bit encoding.</exception>
-        public void StartDaemon(string jarPath)
-        {
-            byte[] path = SystemText(jarPath);
-            Run("StartTarnDaemon", new[] { jarPath }, log =>
-            {
-                if (TarnRemoteClient.StartTarnDaemon(path, log.Memory) != 0)
-                    return 0;
-                int answer = OperationLog.NumberAfter(log.Text, "] ShellExecute returned: ");
-                return answer == 0 ? -1 : answer;
-            });
-        }
-
-        /// <summary>Asks the daemon to stop and closes the connection.</summary>
-        public void StopDaemon()
-        {
-            Run("StopTarnDaemon", new string[0], log => TarnRemoteClient.StopTarnDaemon(log.Memory) != 0
-                ? 0
-                : OperationLog.NumberAfter(log.Text, "] Status code: "));
-        }
+        private const int DaemonPort = 53007;
+        private static readonly TimeSpan PollInterval = TimeSpan.FromMilliseconds(100);
 
         /// <summary>
-        /// The daemon's version. To be called first: it also builds the client version text that other calls send.
+        /// The full path of the native library. When it is empty, the library is looked for beside the binding, in
+        /// runtimes/SYSTEM/native there, likewise in the program's folder, and where the system keeps its libraries;
+        /// never in the current folder.
         /// </summary>
-        public string GetVersion()
+        /// <exception cref="InvalidOperationException">The library is loaded already.</exception>
+        /// <exception cref="ArgumentException">The path set is not a full one.</exception>
+        public static string LibraryPath
         {
-            using (var version = TextBuffer.Value())
+            get { return NativeLibraryLoader.LibraryPath; }
+            set { NativeLibraryLoader.LibraryPath = value; }
+        }
+
+        /// <summary>Path of the envelope configuration file that most calls name to the daemon; empty for none.</summary>
+        public string ConfigFile { get; set; } = "";
+
+        /// <summary>
+        /// How long a method waits for its call, other clients' calls before it included. For ever with
+        /// <see cref="Timeout.InfiniteTimeSpan"/>.
+        /// </summary>
+        public TimeSpan CallTimeout { get; set; } = TimeSpan.FromMinutes(5);
+
+        /// <summary>The operation log of this client's last call that has returned.</summary>
+        public string LastLog { get; private set; } = "";
+
+        /// <inheritdoc/>
+        public Task StartDaemonAsync(string jarPath, CancellationToken cancellation = default(CancellationToken))
+        {
+            const string call = "StartTarnDaemon";
+            byte[] path = Arguments.SystemText(jarPath, nameof(jarPath));
+            OperationLog.RequireRoom(call, nameof(jarPath), new[] { jarPath });
+            return DaemonThread.Run(call, () =>
             {
-                Run("GetTarnVersion", new string[0],
-                    log => TarnRemoteClient.GetTarnVersion(version.Memory, log.Memory));
-                return version.Text;
+                NativeLibraryLoader.Load();
+                if (Logged(log => TarnRemoteClient.StartTarnDaemon(path, log)) == 0)
+                    throw new TarnLaunchException(call, LaunchAnswer(LastLog), LastLog);
+                return true;
+            }, CallTimeout, cancellation);
+        }
+
+        // The jar's path is logged before the system's answer, which is on the last line.
+        private static int LaunchAnswer(string log)
+        {
+            int lastLine = log.TrimEnd('\n').LastIndexOf('\n') + 1;
+            return OperationLog.NumberAfter(log.Substring(lastLine), "ShellExecute returned: ") ?? 0;
+        }
+
+        /// <inheritdoc/>
+        public async Task WaitForDaemonAsync(TimeSpan limit, CancellationToken cancellation = default(CancellationToken))
+        {
+            DateTime end = DateTime.UtcNow + limit;
+            while (!await DaemonListens().ConfigureAwait(false))
+            {
+                if (DateTime.UtcNow >= end)
+                    throw new TimeoutException("no daemon listens on port " + DaemonPort + " within " + limit);
+                await Task.Delay(PollInterval, cancellation).ConfigureAwait(false);
             }
         }
 
-        /// <summary>Logs a user in.</summary>
-        public void Authenticate(string emailAddress, string password)
+        private static async Task<bool> DaemonListens()
         {
-            byte[] user = Required(emailAddress, nameof(emailAddress));
-            byte[] secret = Required(password, nameof(password));
-            using (var result = TextBuffer.Value())
-                Run("AuthenticateUser", new[] { ConfigFile },
-                    log => TarnRemoteClient.AuthenticateUser(user, secret, Wide(ConfigFile), result.Memory, log.Memory),
-                    result);
-        }
-
-        /// <summary>Asks the daemon to check the configuration that belongs to a sender.</summary>
-        public void VerifyConfig(string sender)
-        {
-            byte[] address = Required(sender, nameof(sender));
-            Run("VerifyLarchConfig", new[] { ConfigFile, sender },
-                log => TarnRemoteClient.VerifyLarchConfig(address, Wide(ConfigFile), log.Memory));
-        }
-
-        private void Run(string export, IEnumerable<string> loggedTexts, Func<TextBuffer, int> call,
-            TextBuffer detail = null)
-        {
-            OperationLog.RequireRoom(export, loggedTexts);
-            lock (Gate)
-                using (var log = TextBuffer.Log())
+            using (var socket = new TcpClient(AddressFamily.InterNetwork))
+                try
                 {
-                    int status = call(log);
-                    LastLog = log.Text;
-                    bool failed = OperationLog.TellsFailure(LastLog);
-                    if (failed || status != 0)
-                        throw new TarnException(export, status, LastLog, failed, detail?.Text ?? "");
+                    await socket.ConnectAsync(IPAddress.Loopback, DaemonPort).ConfigureAwait(false);
+                    return true;
+                }
+                catch (SocketException)
+                {
+                    return false;
                 }
         }
 
-        private static byte[] Required(string text, string parameter)
+        /// <inheritdoc/>
+        public Task StopDaemonAsync(CancellationToken cancellation = default(CancellationToken))
         {
-            return Utf8.Encode(text ?? throw new ArgumentNullException(parameter));
-        }
-
-        private static string Wide(string text)
-        {
-            if (text != null && text.IndexOf('\0') >= 0)
-                throw new ArgumentException("a text for the library holds a zero character, at which it would be cut");
-            return text;
-        }
-
-        private static byte[] SystemText(string text)
-        {
-            Wide(text ?? throw new ArgumentNullException(nameof(text)));
-            IntPtr converted = Marshal.StringToHGlobalAnsi(text);
-            try
+            const string call = "StopTarnDaemon";
+            return Call(call, () =>
             {
-                if (Marshal.PtrToStringAnsi(converted) != text)
-                    throw new ArgumentException("the system's 8-bit encoding does not have all characters of " + text);
-                return Utf8.Terminated(Utf8.BytesAt(converted));
-            }
-            finally
-            {
-                Marshal.FreeHGlobal(converted);
-            }
+                byte stopped = Logged(TarnRemoteClient.StopTarnDaemon);
+                // Nothing of the daemon's stands in the log before its status.
+                int? status = stopped != 0 ? 0 : OperationLog.NumberAfter(LastLog, "Status code: ");
+                if (status == null)
+                    throw new TarnExchangeException(call, OperationLog.ErrorNumber(LastLog), LastLog);
+                connected = false;
+                Require(call, status.Value);
+                return true;
+            }, cancellation);
         }
 
-        private static byte[] JoinAddresses(IEnumerable<string> addresses)
+        /// <inheritdoc/>
+        public Task<string> GetVersionAsync(CancellationToken cancellation = default(CancellationToken))
         {
-            string[] list = addresses.ToArray();
-            if (list.Any(address => address.IndexOf(';') >= 0))
-                throw new ArgumentException("an address holds the character \";\", which separates addresses");
-            return Utf8.Encode(string.Join(";", list));
+            return DaemonThread.Run("GetTarnVersion", () => ReadVersion(true), CallTimeout, cancellation);
         }
 
-        // "key: value; " for each entry. A piece without a key continues the value before it.
-        private static IReadOnlyDictionary<string, string> ParseEntries(string text)
+        /// <inheritdoc/>
+        public Task AuthenticateAsync(string emailAddress, string password,
+            CancellationToken cancellation = default(CancellationToken))
         {
-            var entries = new Dictionary<string, string>();
-            string last = null;
-            foreach (string piece in text.Split(new[] { "; " }, StringSplitOptions.None))
+            const string call = "AuthenticateUser";
+            byte[] user = Arguments.RequiredUtf8(emailAddress, nameof(emailAddress));
+            byte[] secret = Arguments.RequiredUtf8(password, nameof(password));
+            string config = CheckedConfigFile();
+            OperationLog.RequireRoom(call, nameof(ConfigFile), new[] { config });
+            return Call(call, () =>
             {
-                int keyEnd = piece.IndexOf(": ", StringComparison.Ordinal);
-                if (keyEnd >= 0)
-                    entries[last = piece.Substring(0, keyEnd)] = piece.Substring(keyEnd + 2);
-                else if (last != null && piece.Length > 0)
-                    entries[last] += "; " + piece;
-            }
-            return entries;
+                using (var result = TextBuffer.Value())
+                {
+                    int status = Logged(log =>
+                        TarnRemoteClient.AuthenticateUser(user, secret, config, result.Memory, log));
+                    Require(call, status, result.Text, result);
+                    return true;
+                }
+            }, cancellation);
+        }
+
+        /// <inheritdoc/>
+        public Task VerifyConfigAsync(string sender, CancellationToken cancellation = default(CancellationToken))
+        {
+            const string call = "VerifyLarchConfig";
+            byte[] address = Arguments.RequiredUtf8(sender, nameof(sender));
+            string config = CheckedConfigFile();
+            OperationLog.RequireRoom(call, nameof(sender), new[] { config, sender });
+            return Call(call, () =>
+            {
+                Require(call, Logged(log => TarnRemoteClient.VerifyLarchConfig(address, config, log)));
+                return true;
+            }, cancellation);
         }
     }
 }

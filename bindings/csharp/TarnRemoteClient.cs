@@ -1,59 +1,40 @@
 using System;
 using System.Runtime.InteropServices;
 
+// Not the current folder, on any run-time.
+[assembly: DefaultDllImportSearchPaths(
+    DllImportSearchPath.AssemblyDirectory | DllImportSearchPath.SafeDirectories)]
+
 namespace Tarn
 {
-    /// <summary>
-    /// One tracking record as the library lays it out: 72 bytes in 32-bit and 64-bit processes alike, each text a
-    /// pointer in a slot of 8 bytes. The texts are UTF-16 in task memory, to be released by whoever owns the record.
-    /// </summary>
-    [StructLayout(LayoutKind.Explicit, Size = 72)]
-    public struct TarnRecipientEntry
-    {
-        /// <summary>When the message was sent.</summary>
-        [FieldOffset(0)] public long createDate;
-        /// <summary>When this recipient first opened it, 0 for never.</summary>
-        [FieldOffset(8)] public long firstOpenDate;
-        /// <summary>When this record last changed.</summary>
-        [FieldOffset(16)] public long lastModifiedDate;
-        /// <summary>From when on the message cannot be opened, 0 for never.</summary>
-        [FieldOffset(24)] public long expiryDate;
-        /// <summary>How often this recipient tried to open it.</summary>
-        [FieldOffset(32)] public int numTries;
-        /// <summary><see cref="TarnRemoteClient.FlagLocked"/> and others of the daemon's.</summary>
-        [FieldOffset(36)] public int flags;
-        /// <summary>The message's subject.</summary>
-        [FieldOffset(40)] public IntPtr subject;
-        /// <summary>The recipient's address.</summary>
-        [FieldOffset(48)] public IntPtr recipient;
-        /// <summary>The sender's status message for this recipient.</summary>
-        [FieldOffset(56)] public IntPtr statusMessage;
-        /// <summary>The message's id.</summary>
-        [FieldOffset(64)] public IntPtr messageId;
-    }
-
     /// <summary>
     /// The exports of TarnRemoteClient as they are; the header TarnRemoteClient.h describes each of them.
     /// <see cref="TarnClient"/> is the comfortable way to the same functions.
     /// </summary>
     /// <remarks>
-    /// 8-bit texts are zero-terminated UTF-8 arrays (<see cref="Utf8.Encode"/>) and never strings, since strings would
+    /// 8-bit texts are zero-terminated UTF-8 arrays (<see cref="Utf8.Encode(string)"/>) and never strings, since strings would
     /// be converted to the ANSI code page. Wide texts are UTF-16 on every system. Flags are single bytes. An
     /// <see cref="IntPtr"/> named "...Out" or "log" is a buffer of the caller's that is written WITHOUT A BOUND; one
     /// named log holds <see cref="LogSize"/> bytes, and a log that does not fit it ends the process.
     /// One call at a time in the whole process.
     /// </remarks>
-    public static class TarnRemoteClient
+    public static partial class TarnRemoteClient
     {
         /// <summary>The size of a log buffer in bytes.</summary>
         public const int LogSize = 32766;
+        /// <summary>What a line of the log takes at most, besides the value in it.</summary>
+        public const int LogLineSize = 64;
+        /// <summary>What an estimate should leave for the lines of every call and the daemon's message.</summary>
+        public const int LogReserve = 8192;
         /// <summary>Stands between the texts of a list that is returned as one text.</summary>
         public const string ListDelimiter = "{plugin_delimiter}";
         /// <summary>The bit of <see cref="TarnRecipientEntry.flags"/> for a locked record.</summary>
         public const int FlagLocked = 2;
 
-        private const string Library = "TarnRemoteClient";
+        internal const string Library = "TarnRemoteClient";
         private const CallingConvention C = CallingConvention.Cdecl;
+
+        static TarnRemoteClient() { NativeLibraryLoader.Register(); }
 
 #pragma warning disable 1591 // the header describes the functions
         [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
@@ -153,10 +134,15 @@ namespace Tarn
         /// </summary>
         public static void ReleaseRecipientEntries(IntPtr entries, uint entryCount)
         {
-            int size = Marshal.SizeOf(typeof(TarnRecipientEntry));
             for (uint i = 0; i < entryCount; ++i)
-                ReleaseTexts(Marshal.PtrToStructure<TarnRecipientEntry>(new IntPtr(entries.ToInt64() + i * size)));
+                ReleaseTexts(ReadEntry(entries, i));
             Marshal.FreeCoTaskMem(entries);
+        }
+
+        internal static TarnRecipientEntry ReadEntry(IntPtr entries, uint index)
+        {
+            long offset = (long)index * Marshal.SizeOf<TarnRecipientEntry>();
+            return Marshal.PtrToStructure<TarnRecipientEntry>(new IntPtr(entries.ToInt64() + offset));
         }
 
         /// <summary>Releases the four texts of a record that the caller owns.</summary>
