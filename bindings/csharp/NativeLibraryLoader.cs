@@ -27,14 +27,12 @@ namespace Tarn
             get { return path; }
             set
             {
+                if (value == null || value.Length > 0 && !Path.IsPathRooted(value))
+                    throw new ArgumentException("the native library's path must be a full one", nameof(value));
                 lock (Gate)
-                {
-                    if (loaded)
-                        throw new InvalidOperationException("the native library is loaded already");
-                    if (value == null || value.Length > 0 && !Path.IsPathRooted(value))
-                        throw new ArgumentException("the native library's path must be a full one", nameof(value));
-                    path = value;
-                }
+                    path = loaded
+                        ? throw new InvalidOperationException("the native library is loaded already")
+                        : value;
             }
         }
 

@@ -1,3 +1,4 @@
+using System;
 using System.Collections.Generic;
 using System.IO;
 using System.Linq;
@@ -5,9 +6,10 @@ using System.Reflection;
 using System.Runtime.InteropServices;
 using System.Text.RegularExpressions;
 using Tarn;
+using Xunit;
 
 // The declarations against the header's text.
-internal static class DeclarationTests
+public class DeclarationTests
 {
     // What stands in C# for each type of the header, unless a parameter's name tells more: bytes of known number and
     // records in place are arrays, a record alone is a reference.
@@ -23,19 +25,17 @@ internal static class DeclarationTests
         { "AddOrUpdateRemoteRecipientEntries entries", "TarnRecipientEntry[]" }
     };
 
-    public static void Run(string headerFile)
+    [Fact]
+    public void FunctionsAndRecord()
     {
-        string header = Regex.Replace(File.ReadAllText(headerFile), @"/\*.*?\*/", "", RegexOptions.Singleline);
+        string header = Header();
         var asserted = Regex.Matches(header, @"TarnRecipientEntry(, \w+)?\) == \d+").Cast<Match>();
         var offsets = typeof(TarnRecipientEntry).GetFields().Select(field =>
             $"TarnRecipientEntry, {field.Name}) == " + Marshal.OffsetOf(typeof(TarnRecipientEntry), field.Name));
-        Check.Equal(string.Concat(asserted), "TarnRecipientEntry) == " + Marshal.SizeOf(typeof(TarnRecipientEntry)) +
+        Assert.Equal(string.Concat(asserted), "TarnRecipientEntry) == " + Marshal.SizeOf(typeof(TarnRecipientEntry)) +
             string.Concat(offsets));
-        Check.That(header.Contains($"TARN_LOG_SIZE {TarnRemoteClient.LogSize}\n") &&
-            header.Contains($"TARN_LIST_DELIMITER \"{TarnRemoteClient.ListDelimiter}\"\n") &&
-            header.Contains($"TARN_FLAG_LOCKED {TarnRemoteClient.FlagLocked}\n"), "the constants are the header's");
 
-        var expected = Regex.Matches(header, @"TARN_API (\w+) (\w+)\(([^)]*)\);").Cast<Match>().Select(export =>
+        var expected = Regex.Matches(header, @"TARN_API (\w+) TARN_CALL (\w+)\(([^)]*)\);").Cast<Match>().Select(export =>
         {
             string name = export.Groups[2].Value;
             var parameters = export.Groups[3].Value.Split(',').Select(parameter =>
@@ -44,17 +44,43 @@ internal static class DeclarationTests
                 string named = parts.Groups[2].Value;
                 return Types[new[] { named, name + " " + named, parts.Groups[1].Value }.First(Types.ContainsKey)];
             });
-            return $"{Types[export.Groups[1].Value]} {name}({string.Join(", ", parameters)}) Cdecl Unicode";
+            return $"{Types[export.Groups[1].Value]} {name}({string.Join(", ", parameters)})";
         }).ToList();
-        var declared = typeof(TarnRemoteClient).GetMethods()
-            .Where(method => method.Attributes.HasFlag(MethodAttributes.PinvokeImpl)).Select(method =>
-            {
-                var import = method.GetCustomAttribute<DllImportAttribute>();
-                var parameters = method.GetParameters().Select(parameter => parameter.ParameterType.Name);
-                return $"{method.ReturnType.Name} {method.Name}({string.Join(", ", parameters)}) " +
-                    $"{import.CallingConvention} {import.CharSet}";
-            }).ToList();
-        Check.Equal("", string.Join("\n", expected.Except(declared).Concat(declared.Except(expected))));
-        Check.Equal("21 21", expected.Count + " " + declared.Count);
+        var declared = typeof(TarnRemoteClient).GetMethods().Where(IsCdecl).Select(method =>
+            $"{method.ReturnType.Name} {method.Name}" +
+            $"({string.Join(", ", method.GetParameters().Select(parameter => parameter.ParameterType.Name))})").ToList();
+        Assert.Equal("", string.Join("\n", expected.Except(declared).Concat(declared.Except(expected))));
+        Assert.Equal("21 21", expected.Count + " " + declared.Count);
     }
+
+    [Fact]
+    public void Constants()
+    {
+        string header = Header();
+        foreach (string constant in new[] { $"LOG_SIZE {TarnRemoteClient.LogSize}",
+                 $"LOG_LINE_SIZE {TarnRemoteClient.LogLineSize}", $"LOG_RESERVE {TarnRemoteClient.LogReserve}",
+                 $"LIST_DELIMITER \"{TarnRemoteClient.ListDelimiter}\"", $"FLAG_LOCKED {TarnRemoteClient.FlagLocked}" })
+            Assert.Contains($"#define TARN_{constant}\n", header);
+        var statuses = Regex.Matches(header, @"TARN_STATUS_(\w+) = (-?\d+)").Cast<Match>().Select(status =>
+            status.Groups[1].Value.Replace("_", "") + " " + status.Groups[2].Value).ToList();
+        var declared = Enum.GetValues(typeof(TarnStatus)).Cast<TarnStatus>()
+            .Select(status => status.ToString().ToUpperInvariant() + " " + (int)status).ToList();
+        Assert.Equal("", string.Join("\n", statuses.Except(declared).Concat(declared.Except(statuses))));
+    }
+
+    private static string Header() =>
+        Regex.Replace(File.ReadAllText(Program.PathFrom("TARN_HEADER")), @"/\*.*?\*/", "", RegexOptions.Singleline);
+
+#if NET
+    private static bool IsCdecl(MethodInfo method) =>
+        method.GetCustomAttribute<UnmanagedCallConvAttribute>()?.CallConvs.Single() ==
+            typeof(System.Runtime.CompilerServices.CallConvCdecl);
+#else
+    private static bool IsCdecl(MethodInfo method)
+    {
+        var import = method.GetCustomAttribute<DllImportAttribute>();
+        return import != null && import.CallingConvention == CallingConvention.Cdecl &&
+            import.CharSet == CharSet.Unicode;
+    }
+#endif
 }

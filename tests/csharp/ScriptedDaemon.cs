@@ -8,38 +8,69 @@ using System.Runtime.InteropServices;
 using System.Text;
 using System.Text.RegularExpressions;
 using System.Threading;
+using Tarn;
+using Xunit;
 
-// A daemon that answers with the replies it was given and shows the requests it got as texts.
-internal sealed class ScriptedDaemon
+// A daemon that answers with the replies it is given, when it is given them, and shows the requests it got as texts.
+public sealed class ScriptedDaemon : IDisposable
 {
+    public const string Text = "Grüße Ω 日本 𠮷🔒", Config = "/Päckchen/𠮷.xml";
+    // In the place of a reply: ends the connection, as a daemon does that exits or that is killed.
+    public static readonly byte[] Close = new byte[0], Reset = new byte[0];
+
     private readonly TcpListener listener = new TcpListener(IPAddress.Loopback, 53007);
-    private ConcurrentQueue<byte[]> replies;
-    private ConcurrentQueue<string> requests;
+    private readonly BlockingCollection<byte[]> replies = new BlockingCollection<byte[]>();
+    private readonly BlockingCollection<string> requests = new BlockingCollection<string>();
 
     public ScriptedDaemon()
     {
         listener.Start();
         new Thread(Serve) { IsBackground = true }.Start();
+        Requests(() => Client.VerifyConfig(""), Reply("ST", 0), Reply("VC", 0));
     }
 
+    public TarnClient Client { get; } = new TarnClient { ConfigFile = Config, CallTimeout = TimeSpan.FromSeconds(30) };
+
     // The requests of a call, one a line. Each of the replies must be fetched.
-    public string Requests(Action call, byte[][] answers)
+    public string Requests(Action call, params byte[][] answers)
     {
-        replies = new ConcurrentQueue<byte[]>(answers);
-        requests = new ConcurrentQueue<string>();
+        foreach (byte[] answer in answers)
+            Answer(answer);
+        TakeRequests();
         call();
-        Check.Equal(0, replies.Count);
-        return string.Join("\n", requests);
+        Assert.True(replies.Count == 0, "not all replies were fetched");
+        return TakeRequests();
+    }
+
+    public void Answer(byte[] reply) => replies.Add(reply);
+
+    public void WaitForRequest() => Assert.True(requests.TryTake(out _, 20000), "no request came");
+
+    public string TakeRequests()
+    {
+        string taken = "";
+        while (requests.TryTake(out string request))
+            taken += (taken == "" ? "" : "\n") + request;
+        return taken;
+    }
+
+    public void Dispose()
+    {
+        Requests(() => Client.StopDaemon(), Reply("SD", 0));
+        listener.Stop();
     }
 
     // Values are texts, bytes or numbers as wide as their type.
     public static byte[] Reply(string code, short status, params object[] tagsAndValues)
     {
         byte[] body = new byte[] { 0, 7 }.Concat(Encode(code))
-            .Concat(Parameters("st", status, "em", ScriptedTests.Text)).Concat(Parameters(tagsAndValues))
+            .Concat(Parameters("st", status, "em", Text)).Concat(Parameters(tagsAndValues))
             .Concat(new byte[] { 0xCE, 0xDE }).ToArray();
         return body.Concat(Encode(Crc(body))).ToArray();
     }
+
+    public static byte[] Damaged(byte[] reply) =>
+        reply.Select((b, i) => i < reply.Length - 1 ? b : (byte)~b).ToArray();
 
     public static byte[] Parameters(params object[] tagsAndValues) =>
         tagsAndValues.SelectMany((value, i) => i % 2 == 0 ? Encode(value) : List(value)).ToArray();
@@ -56,20 +87,35 @@ internal sealed class ScriptedDaemon
         ~bytes.Aggregate(0xFFFFFFFF, (crc, next) => Enumerable.Range(0, 8).Aggregate(crc ^ next,
             (register, bit) => register >> 1 ^ (0xEDB88320 & (0 - (register & 1)))));
 
-    // An exception ends the process: without an answer the library would wait for ever.
+    // Each connection lasts until the client stops the daemon.
     private void Serve()
     {
-        TcpClient connection = listener.AcceptTcpClient();
-        listener.Stop();
-        using (var reader = new BinaryReader(connection.GetStream()))
-            for (string request = ""; !request.StartsWith("SD");)
-            {
-                request = Show(reader);
-                requests.Enqueue(request);
-                if (!replies.TryDequeue(out byte[] reply))
-                    throw new InvalidDataException("no reply was given for " + request);
-                reader.BaseStream.Write(reply, 0, reply.Length);
-            }
+        try
+        {
+            for (;;)
+                using (TcpClient connection = listener.AcceptTcpClient())
+                    Serve(connection);
+        }
+        catch (Exception exception) when (exception is SocketException || exception is IOException)
+        {
+            // The test, or its process, is at its end.
+        }
+    }
+
+    private void Serve(TcpClient connection)
+    {
+        var reader = new BinaryReader(connection.GetStream());
+        for (string request = ""; !request.StartsWith("SD");)
+        {
+            request = Show(reader);
+            requests.Add(request);
+            byte[] reply = replies.Take();
+            if (reply == Reset)
+                connection.LingerState = new LingerOption(true, 0);
+            if (reply.Length == 0)
+                return;
+            connection.GetStream().Write(reply, 0, reply.Length);
+        }
     }
 
     private static string Show(BinaryReader reader)
@@ -79,7 +125,8 @@ internal sealed class ScriptedDaemon
         for (string tag = Tag(reader); tag != "??"; tag = Tag(reader)) // 0xCEDE ends the parameters
         {
             byte[] value = reader.ReadBytes(IPAddress.NetworkToHostOrder(reader.ReadInt32()));
-            shown += tag == "tc" ? "" : $" {tag}={Show(value)}";
+            // The client version text is the build's; it only must be there.
+            shown += tag == "tc" && value.Length > 0 ? "" : $" {tag}={Show(value)}";
         }
         reader.ReadInt32();
         return shown;
