@@ -8,7 +8,8 @@ namespace Tarn
 {
     /// <summary>
     /// The one thread that calls the library: its functions are not guarded against each other, and block until the
-    /// daemon answers. A call that is given up goes on here, and until it returns no other one can be made.
+    /// daemon answers. A call that is given up goes on here, and until it returns no other one can be made. An idle
+    /// thread ends, since Mono can fail to end a process with a thread that waits for ever.
     /// </summary>
     internal static class DaemonThread
     {
@@ -28,6 +29,7 @@ namespace Tarn
             public Action<Exception> Fail { get; }
         }
 
+        private static readonly TimeSpan IdleLimit = TimeSpan.FromSeconds(1);
         private static readonly object Gate = new object();
         private static readonly List<Job> Waiting = new List<Job>();
         private static bool started;
@@ -99,9 +101,8 @@ namespace Tarn
 
         private static void Serve()
         {
-            for (;;)
+            while (Next() is Job job)
             {
-                Job job = Next();
                 Action end;
                 try
                 {
@@ -122,12 +123,16 @@ namespace Tarn
             }
         }
 
+        [return: MaybeNull]
         private static Job Next()
         {
             lock (Gate)
             {
-                while (Waiting.Count == 0)
-                    Monitor.Wait(Gate);
+                if (Waiting.Count == 0)
+                    Monitor.Wait(Gate, IdleLimit);
+                started = Waiting.Count > 0;
+                if (!started)
+                    return null;
                 Job job = Waiting[0];
                 Waiting.RemoveAt(0);
                 running = job;

@@ -5,7 +5,7 @@ namespace System.Diagnostics.CodeAnalysis
     [AttributeUsage(AttributeTargets.Property | AttributeTargets.Field | AttributeTargets.Parameter)]
     internal sealed class AllowNullAttribute : Attribute { }
 
-    [AttributeUsage(AttributeTargets.Property | AttributeTargets.Field)]
+    [AttributeUsage(AttributeTargets.Property | AttributeTargets.Field | AttributeTargets.ReturnValue)]
     internal sealed class MaybeNullAttribute : Attribute { }
 }
 #endif
