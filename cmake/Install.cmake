@@ -28,7 +28,7 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${CMAKE_INSTALL_FU
 configure_file(cmake/TarnRemoteClient.pc.in TarnRemoteClient.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/TarnRemoteClient.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-file(GLOB csharp CONFIGURE_DEPENDS bindings/csharp/*.cs bindings/csharp/*.csproj)
+file(GLOB csharp CONFIGURE_DEPENDS bindings/csharp/*.cs)
 install(FILES ${csharp} DESTINATION "${CMAKE_INSTALL_DOCDIR}/bindings/csharp")
 install(FILES README.md CHANGELOG.md TYPE DOC)
 install(DIRECTORY docs TYPE DOC)

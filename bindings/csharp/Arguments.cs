@@ -54,7 +54,7 @@ namespace Tarn
             try
             {
                 if (Marshal.PtrToStringAnsi(converted) != text)
-                    throw new ArgumentException("the system's 8-bit encoding does not have all its characters", parameter);
+                    throw new ArgumentException("it has characters that the system's 8-bit encoding lacks", parameter);
                 return Utf8.Terminated(Utf8.BytesAt(converted), parameter);
             }
             finally

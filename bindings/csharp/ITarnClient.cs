@@ -7,12 +7,12 @@ using System.Threading.Tasks;
 namespace Tarn
 {
     /// <summary>
-    /// What the daemon can be asked for. <see cref="TarnClient"/> asks it; <see cref="TarnClientBlocking"/> has the same
-    /// methods for callers that wait.
+    /// What the daemon can be asked for. <see cref="TarnClient"/> asks it; <see cref="TarnClientBlocking"/> has the
+    /// same methods for callers that wait.
     /// </summary>
     /// <remarks>
-    /// Arguments are checked before a method returns; a text with a zero character is an <see cref="ArgumentException"/>.
-    /// Apart from what the methods name themselves, their tasks end with:
+    /// Arguments are checked before a method returns; a text with a zero character is an
+    /// <see cref="ArgumentException"/>. Apart from what the methods name themselves, their tasks end with:
     /// <see cref="TarnUnavailableException"/>, no daemon listens;
     /// <see cref="TarnRefusedException"/>, the daemon answered with a status other than 0;
     /// <see cref="TarnExchangeException"/>, the exchange failed and no further calls can be made;
@@ -60,7 +60,8 @@ namespace Tarn
         /// The request lacks something or has too many recipients; the parameter's name is that of its property.
         /// </exception>
         /// <exception cref="TarnException">See the remarks on <see cref="ITarnClient"/>.</exception>
-        Task<Envelope> EncryptAsync(EncryptRequest request, CancellationToken cancellation = default(CancellationToken));
+        Task<Envelope> EncryptAsync(EncryptRequest request,
+            CancellationToken cancellation = default(CancellationToken));
 
         /// <summary>Decrypts an envelope.</summary>
         /// <exception cref="ArgumentException">The request lacks something.</exception>

@@ -127,7 +127,7 @@ namespace Tarn
         public string Recipient { get; set; } = "";
         /// <summary>The status code.</summary>
         public TarnStatus Status { get; set; }
-        /// <summary>For 11 and 25 a text for the user, for 20 a message, for 18 the seconds to wait; else empty.</summary>
+        /// <summary>A text for the user (11, 25), a message (20), the seconds to wait (18); else empty.</summary>
         public string Text { get; set; } = "";
     }
 

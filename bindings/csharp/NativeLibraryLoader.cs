@@ -91,7 +91,7 @@ namespace Tarn
 
         private static string BareName(string file) => TarnRemoteClient.Library;
 
-        [UnconditionalSuppressMessage("SingleFile", "IL3000", Justification = "Without a file there is no such folder.")]
+        [UnconditionalSuppressMessage("SingleFile", "IL3000", Justification = "No file, no such folder.")]
         private static string BindingFolder() =>
             Path.GetDirectoryName(typeof(NativeLibraryLoader).Assembly.Location) ?? "";
 
@@ -144,7 +144,8 @@ namespace Tarn
             reason = "";
             if (IsWindows)
             {
-                found = LoadLibraryExW(place, IntPtr.Zero, Path.IsPathRooted(place) ? WithItsOwnFolder : DefaultFolders);
+                uint folders = Path.IsPathRooted(place) ? WithItsOwnFolder : DefaultFolders;
+                found = LoadLibraryExW(place, IntPtr.Zero, folders);
                 if (found == IntPtr.Zero)
                     reason = "error " + Marshal.GetLastWin32Error();
                 return found != IntPtr.Zero;

@@ -28,7 +28,8 @@ namespace Tarn
             int label = log.LastIndexOf("] Status message:", StringComparison.Ordinal);
             if (label < 0)
                 return "";
-            int start = log.IndexOf(':', label) + 1, end = log.IndexOf("\n" + LinePrefix, start, StringComparison.Ordinal);
+            int start = log.IndexOf(':', label) + 1;
+            int end = log.IndexOf("\n" + LinePrefix, start, StringComparison.Ordinal);
             return (end < 0 ? log.Substring(start) : log.Substring(start, end - start)).Trim();
         }
 

@@ -32,7 +32,7 @@ namespace Tarn
             set { NativeLibraryLoader.LibraryPath = value; }
         }
 
-        /// <summary>Path of the envelope configuration file that most calls name to the daemon; empty for none.</summary>
+        /// <summary>Path of the envelope configuration file that most calls name; empty for none.</summary>
         public string ConfigFile { get; set; } = "";
 
         /// <summary>
@@ -67,7 +67,8 @@ namespace Tarn
         }
 
         /// <inheritdoc/>
-        public async Task WaitForDaemonAsync(TimeSpan limit, CancellationToken cancellation = default(CancellationToken))
+        public async Task WaitForDaemonAsync(TimeSpan limit,
+            CancellationToken cancellation = default(CancellationToken))
         {
             DateTime end = DateTime.UtcNow + limit;
             while (!await DaemonListens().ConfigureAwait(false))

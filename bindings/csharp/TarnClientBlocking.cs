@@ -5,8 +5,7 @@ using System.Diagnostics.CodeAnalysis;
 namespace Tarn
 {
     /// <summary>
-    /// The methods of <see cref="ITarnClient"/> for callers that wait. The client's time-out holds for them too; nothing
-    /// else ends the waiting before the daemon does.
+    /// The methods of <see cref="ITarnClient"/> for callers that wait. The client's time-out holds for them too.
     /// </summary>
     public static class TarnClientBlocking
     {

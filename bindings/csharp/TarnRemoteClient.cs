@@ -12,8 +12,8 @@ namespace Tarn
     /// <see cref="TarnClient"/> is the comfortable way to the same functions.
     /// </summary>
     /// <remarks>
-    /// 8-bit texts are zero-terminated UTF-8 arrays (<see cref="Utf8.Encode(string)"/>) and never strings, since strings would
-    /// be converted to the ANSI code page. Wide texts are UTF-16 on every system. Flags are single bytes. An
+    /// 8-bit texts are zero-terminated UTF-8 arrays (<see cref="Utf8.Encode(string)"/>) and never strings, since
+    /// strings would be converted to the ANSI code page. Wide texts are UTF-16 on every system. Flags are single bytes. An
     /// <see cref="IntPtr"/> named "...Out" or "log" is a buffer of the caller's that is written WITHOUT A BOUND; one
     /// named log holds <see cref="LogSize"/> bytes, and a log that does not fit it ends the process.
     /// One call at a time in the whole process.

@@ -29,7 +29,8 @@ public class ArgumentTests
         Refused("NullException", "MimeMessage", () => Client.Encrypt(Message(m => m.MimeMessage = null)));
         Refused("NullException", "request", () => Client.Decrypt(null));
         Refused("NullException", "Envelope", () => Client.Decrypt(new DecryptRequest()));
-        Refused("NullException", "Password", () => Client.Decrypt(new DecryptRequest { Envelope = "", Password = null }));
+        Refused("NullException", "Password", () =>
+            Client.Decrypt(new DecryptRequest { Envelope = "", Password = null }));
         Refused("NullException", "emailAddress", () => Client.Authenticate(null, ""));
         Refused("NullException", "password", () => Client.Authenticate("", null));
         Refused("NullException", "sender", () => Client.VerifyConfig(null));

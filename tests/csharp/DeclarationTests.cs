@@ -35,7 +35,8 @@ public class DeclarationTests
         Assert.Equal(string.Concat(asserted), "TarnRecipientEntry) == " + Marshal.SizeOf(typeof(TarnRecipientEntry)) +
             string.Concat(offsets));
 
-        var expected = Regex.Matches(header, @"TARN_API (\w+) TARN_CALL (\w+)\(([^)]*)\);").Cast<Match>().Select(export =>
+        var exports = Regex.Matches(header, @"TARN_API (\w+) TARN_CALL (\w+)\(([^)]*)\);").Cast<Match>();
+        var expected = exports.Select(export =>
         {
             string name = export.Groups[2].Value;
             var parameters = export.Groups[3].Value.Split(',').Select(parameter =>
@@ -47,8 +48,10 @@ public class DeclarationTests
             return $"{Types[export.Groups[1].Value]} {name}({string.Join(", ", parameters)})";
         }).ToList();
         var declared = typeof(TarnRemoteClient).GetMethods().Where(IsCdecl).Select(method =>
-            $"{method.ReturnType.Name} {method.Name}" +
-            $"({string.Join(", ", method.GetParameters().Select(parameter => parameter.ParameterType.Name))})").ToList();
+        {
+            var parameters = method.GetParameters().Select(parameter => parameter.ParameterType.Name);
+            return $"{method.ReturnType.Name} {method.Name}({string.Join(", ", parameters)})";
+        }).ToList();
         Assert.Equal("", string.Join("\n", expected.Except(declared).Concat(declared.Except(expected))));
         Assert.Equal("21 21", expected.Count + " " + declared.Count);
     }

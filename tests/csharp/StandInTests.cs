@@ -66,7 +66,7 @@ public class StandInTests
         RecipientEntry entry = (await client.GetEntriesAsync(query)).Entries[0];
         Assert.Equal($"{Bob} Grüße 🔒 {Lock} True",
             $"{entry.Recipient} {entry.Subject} {entry.StatusMessage} {entry.Locked}");
-        Assert.True(Math.Abs((entry.Created.Value - DateTimeOffset.Now).TotalHours) < 1, "the daemon's dates are dates");
+        Assert.True(Math.Abs((entry.Created.Value - DateTimeOffset.Now).TotalHours) < 1, "its dates are dates");
         Assert.Equal("status 20", await Outcome.Of(client.DecryptAsync(request)));
         Assert.Contains(Lock, Outcome.Failure.Message);
     }

@@ -10,25 +10,25 @@ internal static class Example
     private static async Task Run()
     {
         // begin
-        var client = new TarnClient { CallTimeout = TimeSpan.FromSeconds(30) };
-        Console.WriteLine("daemon " + await client.GetVersionAsync());
+        var client = new TarnClient();
+        Console.WriteLine("daemon " + client.GetVersion());
         var request = new EncryptRequest
             { From = "alice@example.com", Password = "wonderland", To = { "bob@example.com" } };
         request.MimeMessage = Encoding.UTF8.GetBytes("Subject: Grüße 🔒\r\n\r\nOnly for Bob.\r\n");
-        Envelope envelope = await client.EncryptAsync(request);
-        var opening = new DecryptRequest { Envelope = envelope.Text, Recipient = "bob@example.com" };
+        var envelope = client.Encrypt(request);
+        var message = client.Decrypt(new DecryptRequest
+            { Envelope = envelope.Text, Recipient = "bob@example.com", Password = "builder" });
+        foreach (var item in message.Items)
+            Console.WriteLine(item.ContentType + ": " + Encoding.UTF8.GetString(item.Data));
+        client.CallTimeout = TimeSpan.FromSeconds(30);
         try
         {
-            opening.Password = "guessed";
-            await client.DecryptAsync(opening);
+            await client.AuthenticateAsync("alice@example.com", "guessed");
         }
         catch (TarnRefusedException refusal) when (refusal.Status == TarnStatus.WrongPassword)
         {
-            opening.Password = "builder";
+            Console.WriteLine(refusal.Message);
         }
-        DecryptedMessage message = await client.DecryptAsync(opening);
-        foreach (var item in message.Items)
-            Console.WriteLine(item.ContentType + ": " + Encoding.UTF8.GetString(item.Data));
         await client.StopDaemonAsync();
         // end
     }
