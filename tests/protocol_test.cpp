@@ -1,7 +1,6 @@
 // What breaks when requests are encoded or replies decoded.
 #include "platform/Platform.h"
 #include "protocol/CommandException.h"
-#include "protocol/Crc32.h"
 #include "support/MemoryStreams.h"
 #include "support/Wire.h"
 
@@ -96,21 +95,6 @@ TEST(Encoding, SecondCommandOnTheSameEncoderStartsAfresh)
         out.endCommand();
     }
     EXPECT_EQ(out.bytes(), wire::message("ST") + wire::message("ST"));
-}
-
-TEST(Crc, EqualsTheDefinitionOnEveryLengthAndAlignment)
-{
-    std::string bytes;
-    for (int i = 0; i < 400; ++i) {
-        bytes += static_cast<char>(i * 131 + (i >> 3));
-    }
-    for (std::size_t start = 0; start < 17; ++start) {
-        for (std::size_t length = 0; start + length <= bytes.size(); ++length) {
-            const std::string_view piece = std::string_view(bytes).substr(start, length);
-            ASSERT_EQ(~Merrow::updateCrc(Merrow::crcStart, piece.data(), length), wire::crc(piece))
-                << start << "+" << length;
-        }
-    }
 }
 
 TEST(Decoding, ValuesArriveByteByByte)

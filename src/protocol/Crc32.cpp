@@ -11,22 +11,17 @@ constexpr std::size_t stride = 16;
 
 using Tables = std::array<std::array<std::uint32_t, 256>, stride>;
 
-// tables[0] takes one byte into the register; tables[k] takes a byte that k zero bytes follow.
+// tables[k] takes a byte that k zero bytes follow.
 consteval Tables makeTables()
 {
-    constexpr std::uint32_t polynomial = 0xEDB88320;
     Tables tables{};
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
         std::uint32_t value = byte;
-        for (int bit = 0; bit < 8; ++bit) {
-            value = value & 1 ? value >> 1 ^ polynomial : value >> 1;
-        }
-        tables[0][byte] = value;
-    }
-    for (std::size_t k = 1; k < stride; ++k) {
-        for (std::size_t byte = 0; byte < 256; ++byte) {
-            const std::uint32_t previous = tables[k - 1][byte];
-            tables[k][byte] = previous >> 8 ^ tables[0][previous & 0xFF];
+        for (auto& table : tables) {
+            for (int bit = 0; bit < 8; ++bit) {
+                value = crcOverZeroBit(value);
+            }
+            table[byte] = value;
         }
     }
     return tables;
@@ -37,6 +32,17 @@ constexpr Tables tables = makeTables();
 } // namespace
 
 std::uint32_t updateCrc(std::uint32_t crcRegister, const char* bytes, std::size_t count)
+{
+    if (count < 256) { // too short to gain from vectors
+        return updateCrcByTables(crcRegister, bytes, count);
+    }
+    static CrcUpdate* const wide = updateCrcByVectors(32);
+    static CrcUpdate* const narrow = updateCrcByVectors(16);
+    CrcUpdate* const fastest = wide != nullptr ? wide : narrow != nullptr ? narrow : updateCrcByTables;
+    return fastest(crcRegister, bytes, count);
+}
+
+std::uint32_t updateCrcByTables(std::uint32_t crcRegister, const char* bytes, std::size_t count)
 {
     const auto* next = reinterpret_cast<const unsigned char*>(bytes);
     for (; count >= stride; count -= stride, next += stride) {
