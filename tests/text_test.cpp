@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 using namespace std::string_literals;
+using namespace std::string_view_literals;
 using Pieces = std::vector<std::string>;
 
 static WideText units(std::u16string_view text)
@@ -48,6 +49,40 @@ TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
     }
     EXPECT_EQ(widened("\xE2\x82"), units(u"\uFFFD")) << "a text that ends in the middle of a character";
     EXPECT_EQ(Text::wideToUtf8(units(u"\xD800<\xDC00")), "\xEF\xBF\xBD<\xEF\xBF\xBD");
+}
+
+TEST(Conversion, LongRunsOfAsciiAroundOtherCharacters)
+{
+    const std::pair<std::string, WideText> others[] = {{"", units(u"")},
+                                                       {"\xC3\x84", units(u"\u00C4")},
+                                                       {"\xE2\x82\xAC\xC2\x80", units(u"\u20AC\u0080")},
+                                                       {"\xF0\x9F\x94\x92", units(u"\U0001F512")}};
+    for (const auto& [narrow, wide] : others) {
+        for (std::size_t before = 0; before < 70; ++before) {
+            for (std::size_t after = 0; after < 40; ++after) {
+                const std::string utf8 = std::string(before, '\x7F') + narrow + std::string(after, 'a');
+                const WideText utf16 = WideText(before, 0x7F) + wide + WideText(after, 'a');
+                ASSERT_EQ(Text::wideToUtf8(utf16), utf8) << before << ", " << after;
+                WideText out(utf16.size() + 2, '~');
+                Text::utf8IntoWide(utf8.c_str(), out.data());
+                ASSERT_EQ(out, utf16 + units(u"\0~"sv)) << before << ", " << after;
+            }
+        }
+    }
+}
+
+TEST(Conversion, NothingIsWrittenBeyondTheCapacity)
+{
+    const WideText text = WideText(40, 'a') + units(u"\u20AC") + WideText(40, 'b');
+    const std::string utf8 = Text::wideToUtf8(text);
+    for (std::int32_t capacity = 1; capacity < 81; ++capacity) {
+        WideText wide(90, '~');
+        EXPECT_EQ(Platform::utf8ToWide(utf8.data(), 83, wide.data(), capacity), 0);
+        EXPECT_EQ(wide.find_first_not_of('~', static_cast<std::size_t>(capacity)), WideText::npos) << capacity;
+        std::string narrow(90, '~');
+        EXPECT_EQ(Platform::wideToUtf8(text.data(), 81, narrow.data(), capacity), 0);
+        EXPECT_EQ(narrow.find_first_not_of('~', static_cast<std::size_t>(capacity)), std::string::npos) << capacity;
+    }
 }
 
 TEST(Lists, TheTwoSplitsDiffer)

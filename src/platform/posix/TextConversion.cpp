@@ -96,15 +96,50 @@ void encode(char32_t value, Encoded<char>& out)
     }
 }
 
-// How many characters at the front stand for themselves: most texts are ASCII for long stretches.
+// Loops over a block, whose size is known, become vector instructions.
+constexpr std::size_t blockSize = 16;
+
 template <class Unit>
-std::size_t asciiPrefix(std::basic_string_view<Unit> text, std::size_t most)
+bool isAsciiBlock(const Unit* units)
+{
+    std::make_unsigned_t<Unit> all = 0;
+    for (std::size_t i = 0; i < blockSize; ++i) {
+        all |= static_cast<std::make_unsigned_t<Unit>>(units[i]);
+    }
+    return all < 0x80;
+}
+
+template <class From, class To>
+void copyBlock(const From* units, To* __restrict out)
+{
+    for (std::size_t i = 0; i < blockSize; ++i) {
+        out[i] = static_cast<To>(units[i]);
+    }
+}
+
+template <class Unit>
+bool isAscii(Unit unit)
+{
+    return static_cast<std::make_unsigned_t<Unit>>(unit) < 0x80;
+}
+
+// Takes the ASCII units off the front of a text, `most` at the most, and writes them unless `out` is null.
+template <class From, class To>
+std::size_t takeAscii(std::basic_string_view<From>& text, To* out, std::size_t most)
 {
     const std::size_t end = std::min(text.size(), most);
     std::size_t count = 0;
-    while (count < end && static_cast<std::make_unsigned_t<Unit>>(text[count]) < 0x80) {
-        ++count;
+    for (; end - count >= blockSize && isAsciiBlock(text.data() + count); count += blockSize) {
+        if (out != nullptr) {
+            copyBlock(text.data() + count, out + count);
+        }
     }
+    for (; count < end && isAscii(text[count]); ++count) {
+        if (out != nullptr) {
+            out[count] = static_cast<To>(text[count]);
+        }
+    }
+    text.remove_prefix(count);
     return count;
 }
 
@@ -114,27 +149,24 @@ std::int32_t convert(const From* text, std::int32_t count, To* out, std::int32_t
     std::basic_string_view<From> rest =
         count < 0 ? std::basic_string_view<From>(text, std::char_traits<From>::length(text) + 1)
                   : std::basic_string_view<From>(text, static_cast<std::size_t>(count));
-    std::int64_t written = 0;
+    const bool writes = capacity > 0;
+    const std::size_t room = writes ? static_cast<std::size_t>(capacity) : SIZE_MAX;
+    std::size_t written = 0;
     Encoded<To> next{};
     while (!rest.empty()) {
-        const std::size_t ascii =
-            asciiPrefix(rest, capacity > 0 ? static_cast<std::size_t>(capacity - written) : SIZE_MAX);
-        if (ascii > 0) {
-            if (capacity > 0) {
-                std::copy_n(rest.begin(), ascii, out + written);
-            }
-            rest.remove_prefix(ascii);
-            written += static_cast<std::int64_t>(ascii);
+        // Most texts are ASCII for long stretches.
+        if (isAscii(rest[0]) && written < room) {
+            written += takeAscii(rest, writes ? out + written : nullptr, room - written);
             continue;
         }
         encode(takeCodePoint(rest), next);
-        if (capacity > 0) {
-            if (written + static_cast<std::int64_t>(next.count) > capacity) {
-                return 0;
-            }
+        if (next.count > room - written) {
+            return 0;
+        }
+        if (writes) {
             std::memcpy(out + written, next.units.data(), next.count * sizeof(To));
         }
-        written += static_cast<std::int64_t>(next.count);
+        written += next.count;
     }
     return written > INT32_MAX ? 0 : static_cast<std::int32_t>(written);
 }
