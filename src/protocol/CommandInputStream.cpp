@@ -11,6 +11,10 @@ namespace Merrow {
 
 namespace {
 
+// A long text passes the scratch block in pieces that fit the processor's cache: each is still there when the CRC and
+// the text take it, and the rest of the block stays untouched.
+constexpr std::size_t pieceSize = 128 * 1024;
+
 std::string hexadecimal(std::uint32_t value)
 {
     char digits[9];
@@ -85,9 +89,15 @@ std::string CommandInputStream::readString(std::int32_t length)
     if (scratch_ == nullptr || length > scratchCapacity_) {
         growScratch(length);
     }
-    // When receiving fails the rest of the block holds nothing of this reply.
-    const std::int32_t received = readFully(scratch_.get(), length);
-    return std::string(scratch_.get(), static_cast<std::size_t>(received));
+    std::string text;
+    const auto size = static_cast<std::size_t>(length);
+    while (text.size() < size && !broken_) {
+        const std::size_t piece = std::min(size - text.size(), pieceSize);
+        const std::int32_t received = readFully(scratch_.get(), static_cast<std::int32_t>(piece));
+        text.reserve(size);
+        text.append(scratch_.get(), static_cast<std::size_t>(received));
+    }
+    return text;
 }
 
 std::vector<std::string> CommandInputStream::readStringArray(std::int32_t total)
