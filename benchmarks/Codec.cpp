@@ -38,14 +38,14 @@ bool encode(const std::string& name, std::size_t size)
 }
 
 template <class Reply>
-bool decode(const std::string& name, const Message& reply)
+bool decode(const std::string& name, const std::string& reply)
 {
     benchmark::RegisterBenchmark(("decode/" + name).c_str(), [reply](benchmark::State& state) {
         for (auto _ : state) {
-            MemoryInput in(reply.bytes());
+            MemoryInput in(reply);
             benchmark::DoNotOptimize(Reply(in).statusCode);
         }
-        state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(reply.bytes().size()));
+        state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(reply.size()));
     });
     return true;
 }

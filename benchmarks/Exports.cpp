@@ -1,5 +1,6 @@
 #include "Exports.h"
 
+#include "Replies.h"
 #include "TarnRemoteClient.h"
 
 #include <cstdlib>
@@ -120,7 +121,8 @@ std::string recipientList(std::size_t count)
     return list;
 }
 
-Exchange encryption(const std::string& name, std::size_t recipientCount, std::size_t messageSize, const Message& reply)
+Exchange encryption(const std::string& name, std::size_t recipientCount, std::size_t messageSize,
+                    const std::string& reply)
 {
     return {name, reply, 0, [list = recipientList(recipientCount), message = std::string(messageSize, 'm')] {
                 return encrypt(list, message);
@@ -136,7 +138,7 @@ Exchange statuses(const std::string& name, std::size_t recipientCount)
 
 std::vector<Exchange> exportExchanges()
 {
-    const Message envelope200 = paddedTo(200, smallEnvelope);
+    const std::string envelope200 = paddedTo(200, smallEnvelope);
     return {
         // Comes first: it builds the client version that the others send.
         {"GetTarnVersion", daemonStatus(), 0, [] { return GetTarnVersion(out, logText); }},

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Replies.h"
-
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -13,7 +11,7 @@ namespace Bench {
 struct Exchange
 {
     std::string name;
-    Message reply;
+    std::string reply;
     std::int32_t status; // what the call returns
     std::function<std::int32_t()> call;
 };

@@ -16,7 +16,7 @@ public:
         : exchanges_(all()), responder_([] {
               std::vector<std::string> replies;
               for (const Exchange& exchange : all()) {
-                  replies.push_back(exchange.reply.bytes());
+                  replies.push_back(exchange.reply);
               }
               return replies;
           })
@@ -67,27 +67,25 @@ private:
             }
         }
         state.counters["sent"] = static_cast<double>(responder_.latestRequest().size());
-        state.counters["received"] = static_cast<double>(exchange.reply.bytes().size());
+        state.counters["received"] = static_cast<double>(exchange.reply.size());
     }
 
     void floor(benchmark::State& state, const Exchange& exchange)
     {
         const std::string request = requestOf(exchange);
         for (auto _ : state) {
-            floor_.exchange(request, exchange.reply.bytes().size());
+            floor_.exchange(request, exchange.reply.size());
         }
     }
 
     void pieces(benchmark::State& state, const Exchange& exchange)
     {
-        const std::string request = requestOf(exchange);
-        MessageEnd sends;
-        sends.reached(request.data(), request.size());
+        const SystemCalls calls = systemCallsOf(exchange.call);
+        const std::string request(responder_.latestRequest());
         for (auto _ : state) {
-            floor_.exchangeInPieces(request, sends.primitives(), exchange.reply.primitives());
+            floor_.exchangeInPieces(request, calls);
         }
-        state.counters["system calls"] =
-            static_cast<double>(sends.primitives().size() + exchange.reply.primitives().size());
+        state.counters["system calls"] = static_cast<double>(calls.sends.size() + calls.receives.size());
     }
 
     std::string requestOf(const Exchange& exchange) const

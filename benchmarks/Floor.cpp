@@ -77,14 +77,14 @@ void Floor::exchange(std::string_view request, std::size_t replySize)
     receiveAll(socket_, buffer_.data(), replySize);
 }
 
-void Floor::exchangeInPieces(std::string_view request, const Sizes& sends, const Sizes& receives)
+void Floor::exchangeInPieces(std::string_view request, const SystemCalls& calls)
 {
-    for (const std::size_t size : sends) {
+    for (const std::size_t size : calls.sends) {
         const std::string_view piece = request.substr(0, size);
         request.remove_prefix(size);
         sendAll(socket_, piece, request.empty() ? 0 : MSG_MORE);
     }
-    for (const std::size_t size : receives) {
+    for (const std::size_t size : calls.receives) {
         buffer_.resize(std::max(buffer_.size(), size));
         receiveAll(socket_, buffer_.data(), size);
     }

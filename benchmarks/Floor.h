@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Wire.h"
+#include "SystemCalls.h"
 
 #include <netinet/in.h>
 #include <string>
@@ -28,8 +28,8 @@ public:
     // One send, one reply received into a buffer that is already there.
     void exchange(std::string_view request, std::size_t replySize);
 
-    // The same bytes value by value: what the system calls of a client without buffers cost.
-    void exchangeInPieces(std::string_view request, const Sizes& sends, const Sizes& receives);
+    // The same bytes by system calls of the given sizes.
+    void exchangeInPieces(std::string_view request, const SystemCalls& calls);
 
 private:
     int socket_;

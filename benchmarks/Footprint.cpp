@@ -114,7 +114,7 @@ int main(int argc, char** argv)
     }
     const bool receives = name == "item";
     const auto makeReply = [=] { return receives ? payload(1, size) : envelope(100); };
-    const Responder responder([=] { return std::vector<std::string>{makeReply().bytes()}; });
+    const Responder responder([=] { return std::vector<std::string>{makeReply()}; });
     const std::string message(receives ? 0 : size, 'm');
     const auto call = [&] { receives ? receiveItem() : sendMessage(message); };
 
@@ -124,7 +124,7 @@ int main(int argc, char** argv)
     const CpuTime callTime = cpuTimeOf(call);
 
     const std::string request(responder.latestRequest());
-    const std::size_t replySize = makeReply().bytes().size();
+    const std::size_t replySize = makeReply().size();
     Floor floor;
     const auto exchange = [&] { floor.exchange(request, replySize); };
     exchange();

@@ -1,171 +1,183 @@
 #include "Replies.h"
 
+#include "Wire.h"
+
 namespace Bench {
+
+using wire::int32;
+using wire::int64;
+using wire::Params;
 
 namespace {
 
-Message begun(Letters code, std::string_view statusMessage = "OK", std::int16_t status = 0)
+std::string reply(const std::string& code, const Params& params, const std::string& statusMessage = "OK",
+                  std::int16_t status = 0)
 {
-    Message reply(code);
-    reply.number("st", status, 2).text("em", statusMessage);
-    return reply;
+    Params all{{"st", wire::shortInt(status)}, {"em", statusMessage}};
+    all.insert(all.end(), params.begin(), params.end());
+    return wire::message(code, all);
+}
+
+std::string mapOf(const Params& entries)
+{
+    std::vector<std::string> texts;
+    for (const auto& [key, value] : entries) {
+        texts.insert(texts.end(), {key, value});
+    }
+    return wire::sequence(texts);
 }
 
 // Keys in ascending order.
-void putEntries(Message& message, std::size_t count)
+std::string map(std::size_t entries)
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        message.entry("key." + std::to_string(1'000'000 + i), "value " + std::to_string(i));
+    Params made;
+    for (std::size_t i = 0; i < entries; ++i) {
+        made.emplace_back("key." + std::to_string(1'000'000 + i), "value " + std::to_string(i));
     }
+    return mapOf(made);
 }
 
-Message withMap(Letters code, Letters tag, std::size_t entries)
+std::string collection(std::size_t items, std::string (*makeItem)(std::size_t i))
 {
-    return begun(code).nested(tag, [&](Message& message) { putEntries(message, entries); }).end();
+    std::vector<std::string> texts;
+    for (std::size_t i = 0; i < items; ++i) {
+        texts.push_back(makeItem(i));
+    }
+    return wire::sequence(texts);
 }
 
-void putItem(Message& message, std::size_t i, std::string_view data)
+std::string localizedForm(std::size_t)
 {
-    message.number("ty", 1, 4).number("fl", 0, 4).text("on", "item-" + std::to_string(i) + ".dat");
-    message.text("fc", "application/octet-stream").text("da", data);
+    return wire::parameters({{"lc", "de"},
+                             {"en", "envelope"},
+                             {"tb", "text"},
+                             {"th", "HTML"},
+                             {"rc", wire::sequence({"ann@example.org"})}});
 }
 
-void putRecord(Message& fields, std::size_t i)
+std::string trackingRecord(std::size_t i)
 {
     const std::string number = std::to_string(1'000'000 + i);
-    fields.entry("FLAGS", "0").entry("createDate", "1262304000000").entry("expiryDate", "1293840000000");
-    fields.entry("firstOpenDate", "1262304100000").entry("lastModifiedDate", "1262304200000");
-    fields.entry("msgId", "message-" + number).entry("numTries", "2").entry("statusMsg", "");
-    fields.entry("subject", "Figures of the quarter " + number).entry("to", "person." + number + "@example.org");
+    const std::string fields = mapOf({{"FLAGS", "0"},
+                                      {"createDate", "1262304000000"},
+                                      {"expiryDate", "1293840000000"},
+                                      {"firstOpenDate", "1262304100000"},
+                                      {"lastModifiedDate", "1262304200000"},
+                                      {"msgId", "message-" + number},
+                                      {"numTries", "2"},
+                                      {"statusMsg", ""},
+                                      {"subject", "Figures of the quarter " + number},
+                                      {"to", "person." + number + "@example.org"}});
+    return wire::parameters({{"da", fields}});
 }
 
 } // namespace
 
-Message plainReply(Letters code, std::int16_t status)
+std::string plainReply(const std::string& code)
 {
-    return begun(code, "OK", status).end();
+    return reply(code, {});
 }
 
-Message daemonStatus()
+std::string daemonStatus()
 {
-    Message reply = begun("ST");
-    reply.text("v ", "7.6.1").number("bn", 42, 4);
-    for (const auto tag : {&"bt", &"mf", &"mt", &"mm", &"bs", &"bf", &"ss", &"es"}) {
-        reply.number(*tag, 123'456'789, 8);
+    Params params{{"v ", "7.6.1"}, {"bn", int32(42)}};
+    for (const char* tag : {"bt", "mf", "mt", "mm", "bs", "bf", "ss", "es"}) {
+        params.emplace_back(tag, int64(123'456'789));
     }
-    return reply.end();
+    return reply("ST", params);
 }
 
-Message loginSession()
+std::string loginSession()
 {
-    return withMap("LS", "sl", 5);
+    return reply("LS", {{"sl", map(5)}});
 }
 
-Message configErrors(std::size_t entries)
+std::string configErrors(std::size_t entries)
 {
-    return withMap("VC", "ec", entries);
+    return reply("VC", {{"ec", map(entries)}});
 }
 
-Message envelope(std::size_t size, std::size_t localized)
+std::string envelope(std::size_t size, std::size_t localized)
 {
-    Message reply = begun("BE");
-    reply.text("en", std::string(size, 'e')).text("tb", "text body").text("th", "<p>HTML body</p>");
-    reply.text("an", "securedoc.html").text("id", "message-1");
-    return reply
-        .nested("le",
-                [&](Message& items) {
-                    for (std::size_t i = 0; i < localized; ++i) {
-                        items.item([](Message& item) {
-                            item.text("lc", "de").text("en", "envelope").text("tb", "text").text("th", "HTML");
-                            item.nested("rc", [](Message& list) { list.lengthAndText("ann@example.org"); });
-                        });
-                    }
-                })
-        .end();
+    return reply("BE", {{"en", std::string(size, 'e')},
+                        {"tb", "text body"},
+                        {"th", "<p>HTML body</p>"},
+                        {"an", "securedoc.html"},
+                        {"id", "message-1"},
+                        {"le", collection(localized, localizedForm)}});
 }
 
-Message payload(std::size_t items, std::size_t size)
+std::string payload(std::size_t items, std::size_t size)
 {
     const std::string data(size, 'd');
-    Message reply = begun("DE");
-    reply.text("ku", "key").text("fm", "ann@example.org").number("ms", 1, 4);
-    reply.nested("ec", [](Message& message) { putEntries(message, 3); });
-    return reply
-        .nested("da",
-                [&](Message& list) {
-                    for (std::size_t i = 0; i < items; ++i) {
-                        list.item([&](Message& item) { putItem(item, i, data); });
-                    }
-                })
-        .end();
+    std::vector<std::string> list;
+    for (std::size_t i = 0; i < items; ++i) {
+        list.push_back(wire::parameters({{"ty", int32(1)},
+                                         {"fl", int32(0)},
+                                         {"on", "item-" + std::to_string(i) + ".dat"},
+                                         {"fc", "application/octet-stream"},
+                                         {"da", data}}));
+    }
+    return reply(
+        "DE",
+        {{"ku", "key"}, {"fm", "ann@example.org"}, {"ms", int32(1)}, {"ec", map(3)}, {"da", wire::sequence(list)}});
 }
 
-Message lockedPayload()
+std::string lockedPayload()
 {
-    return begun("DE", "The message is locked.", 20).number("ms", 1, 4).end();
+    return reply("DE", {{"ms", int32(1)}}, "The message is locked.", 20);
 }
 
-Message trackingRecords(std::size_t count)
+std::string trackingRecords(std::size_t count)
 {
-    Message reply = begun("MI");
-    reply.text("id", "message-1").number("si", 0, 4).number("mx", static_cast<std::int64_t>(count), 4);
-    return reply
-        .nested("ri",
-                [&](Message& list) {
-                    for (std::size_t i = 0; i < count; ++i) {
-                        list.item(
-                            [&](Message& item) { item.nested("da", [&](Message& fields) { putRecord(fields, i); }); });
-                    }
-                })
-        .end();
+    return reply("MI", {{"id", "message-1"},
+                        {"si", int32(0)},
+                        {"mx", int32(static_cast<std::int64_t>(count))},
+                        {"ri", collection(count, trackingRecord)}});
 }
 
-Message keyServer(std::size_t entries)
+std::string keyServer(std::size_t entries)
 {
-    return withMap("KV", "kd", entries);
+    return reply("KV", {{"kd", map(entries)}});
 }
 
-Message localizedTexts(std::size_t entries)
+std::string localizedTexts(std::size_t entries)
 {
-    return withMap("LT", "sl", entries);
+    return reply("LT", {{"sl", map(entries)}});
 }
 
-Message enrollParameters(std::size_t entries)
+std::string enrollParameters(std::size_t entries)
 {
-    Message reply = begun("EP");
-    reply.number("su", 0, 4).number("ou", 0, 4).number("qn", 3, 4).number("qe", 1, 4);
-    reply.nested("al", [&](Message& message) { putEntries(message, entries); });
-    return reply.nested("sq", [&](Message& message) { putEntries(message, entries); }).end();
+    return reply("EP", {{"su", int32(0)},
+                        {"ou", int32(0)},
+                        {"qn", int32(3)},
+                        {"qe", int32(1)},
+                        {"al", map(entries)},
+                        {"sq", map(entries)}});
 }
 
-Message enrolled(std::size_t entries)
+std::string enrolled(std::size_t entries)
 {
-    return withMap("EU", "ve", entries);
+    return reply("EU", {{"ve", map(entries)}});
 }
 
-Message paddedTo(std::size_t size, Message (*make)(std::string_view statusMessage))
+std::string paddedTo(std::size_t size, std::string (*make)(const std::string& statusMessage))
 {
-    return make(std::string(size - make("").bytes().size(), 's'));
+    return make(std::string(size - make("").size(), 's'));
 }
 
-Message smallEnvelope(std::string_view statusMessage)
+std::string smallEnvelope(const std::string& statusMessage)
 {
-    Message reply = begun("BE", statusMessage);
-    reply.text("en", "<html>envelope</html>").text("tb", "text body").text("th", "<p>HTML body</p>");
-    return reply.text("an", "securedoc.html").end();
+    return reply(
+        "BE",
+        {{"en", "<html>envelope</html>"}, {"tb", "text body"}, {"th", "<p>HTML body</p>"}, {"an", "securedoc.html"}},
+        statusMessage);
 }
 
-Message smallPayload(std::string_view statusMessage)
+std::string smallPayload(const std::string& statusMessage)
 {
-    return begun("DE", statusMessage)
-        .text("fm", "ann@example.org")
-        .nested("da",
-                [](Message& list) {
-                    list.item([](Message& item) {
-                        item.text("on", "note.txt").text("fc", "text/plain").text("da", "A line of text.");
-                    });
-                })
-        .end();
+    const std::string item = wire::parameters({{"on", "note.txt"}, {"fc", "text/plain"}, {"da", "A line of text."}});
+    return reply("DE", {{"fm", "ann@example.org"}, {"da", wire::sequence({item})}}, statusMessage);
 }
 
 } // namespace Bench

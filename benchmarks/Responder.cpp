@@ -38,7 +38,6 @@ int listenOnDaemonPort()
 
 bool takeRequest(int connection, Responder::Shared& shared)
 {
-    MessageEnd end;
     std::size_t count = 0;
     do {
         const ssize_t received = recv(connection, shared.request + count, sizeof shared.request - count, 0);
@@ -46,7 +45,7 @@ bool takeRequest(int connection, Responder::Shared& shared)
             return false;
         }
         count += static_cast<std::size_t>(received);
-    } while (!end.reached(shared.request, count));
+    } while (wire::messageLength({shared.request, count}) == 0);
     shared.requestSize = count;
     return true;
 }
