@@ -82,6 +82,9 @@ private:
     {
         const SystemCalls calls = systemCallsOf(exchange.call);
         const std::string request(responder_.latestRequest());
+        if (calls.sends.empty() || calls.receives.empty()) {
+            state.SkipWithError("the call's system calls were not seen");
+        }
         for (auto _ : state) {
             floor_.exchangeInPieces(request, calls);
         }

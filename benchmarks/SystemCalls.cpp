@@ -17,12 +17,12 @@ ssize_t record(std::vector<std::size_t> Bench::SystemCalls::*sizes, ssize_t move
 } // namespace
 
 // The program's own functions come before those of the C library, in the shared library's calls too.
-extern "C" ssize_t send(int socket, const void* bytes, std::size_t count, int flags)
+extern "C" [[gnu::visibility("default")]] ssize_t send(int socket, const void* bytes, std::size_t count, int flags)
 {
     return record(&Bench::SystemCalls::sends, sendto(socket, bytes, count, flags, nullptr, 0));
 }
 
-extern "C" ssize_t recv(int socket, void* bytes, std::size_t count, int flags)
+extern "C" [[gnu::visibility("default")]] ssize_t recv(int socket, void* bytes, std::size_t count, int flags)
 {
     return record(&Bench::SystemCalls::receives, recvfrom(socket, bytes, count, flags, nullptr, nullptr));
 }
