@@ -9,7 +9,7 @@
 // The kernels of the CRC, in bytes a second.
 namespace {
 
-using Kernel = std::uint32_t (*)(std::uint32_t, const char*, std::size_t);
+using Kernel = Merrow::CrcUpdate*;
 
 // The definition: one byte, one lookup.
 std::uint32_t byteStep(std::uint32_t crc, const char* bytes, std::size_t count)
@@ -56,7 +56,17 @@ void sizes(benchmark::internal::Benchmark* benchmark)
     }
 }
 
+[[maybe_unused]] const bool registered = [] {
+    for (const std::size_t size : {16u, 32u}) {
+        if (const Kernel kernel = Merrow::updateCrcByVectors(size); kernel != nullptr) {
+            benchmark::RegisterBenchmark(("crc/vectors" + std::to_string(size)).c_str(), crc, kernel)->Apply(sizes);
+        }
+    }
+    return true;
+}();
+
 BENCHMARK_CAPTURE(crc, library, Merrow::updateCrc)->Apply(sizes);
+BENCHMARK_CAPTURE(crc, tables, Merrow::updateCrcByTables)->Apply(sizes);
 BENCHMARK_CAPTURE(crc, byte, byteStep)->Apply(sizes);
 BENCHMARK_CAPTURE(crc, zlib, zlibs)->Apply(sizes);
 

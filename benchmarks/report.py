@@ -7,13 +7,25 @@ import pathlib
 import statistics
 import sys
 
-BEGIN, END = "<!-- tables: begin -->", "<!-- tables: end -->"
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6}
 
 # The ratio that a call must not exceed.
 TARGETS = {
-    "EncryptEnvelopeOnline 200 B": 2.2, "EncryptEnvelopeOnline 1 MB": 3.6, "EncryptEnvelopeOnline 10 MB": 3.3,
-    "DecryptEnvelope 200 B": 2.2, "DecryptEnvelope 1 MB": 3.6, "DecryptEnvelope 10 MB": 3.3,
+    "EncryptEnvelopeOnline 200 B": 1.6, "EncryptEnvelopeOnline 1 MB": 2.2, "EncryptEnvelopeOnline 10 MB": 1.7,
+    "DecryptEnvelope 200 B": 1.6, "DecryptEnvelope 1 MB": 2.2, "DecryptEnvelope 10 MB": 1.7,
+    "EncryptEnvelopeOnline 10 MB envelope back": 4,
+}
+
+CRC_KERNELS = {
+    "library": "library", "tables": "tables", "vectors16": "vectors of 16 bytes", "vectors32": "vectors of 32 bytes",
+    "byte": "byte step", "zlib": "zlib",
+}
+
+# The exchanges of the comparison with other libraries, in the order of the chart.
+PEER_EXCHANGES = {
+    "EncryptEnvelopeOnline 200 B": "200 B both ways", "EncryptEnvelopeOnline 1 MB": "1 MB up",
+    "DecryptEnvelope 1 MB": "1 MB down", "EncryptEnvelopeOnline 10 MB": "10 MB up",
+    "DecryptEnvelope 10 MB": "10 MB down",
 }
 
 
@@ -68,9 +80,9 @@ def crc(results):
 
     rows = []
     for size in (name.split("/")[2] for name in results if name.startswith("crc/library/")):
-        kernels = [speed(kernel, size) for kernel in ("byte", "library", "zlib")]
-        rows.append([f"{int(size):,}", *(f"{value:.2f}" for value in kernels), f"{kernels[1] / kernels[0]:.1f}"])
-    return table(["bytes", "byte step, GB/s", "library, GB/s", "zlib, GB/s", "library / byte step"], rows)
+        kernels = [f"{speed(kernel, size):.2f}" if f"crc/{kernel}/{size}" in results else "" for kernel in CRC_KERNELS]
+        rows.append([f"{int(size):,}", *kernels])
+    return table(["GB/s, by bytes", *CRC_KERNELS.values()], rows)
 
 
 def codec(results):
@@ -108,23 +120,75 @@ def footprint(path):
                   "CPU ms a call (user + system)", "floor's CPU ms"], rows)
 
 
+def tables(results):
+    measured = {name: medians(results / f"{name}.json") for name in ("calls", "growth", "codec")}
+    return "\n".join([
+        "### Calls against their floor\n", calls(measured["calls"]),
+        "### CRC\n", crc(measured["codec"]),
+        "### Growth\n", growth(measured["growth"]),
+        "### Memory and CPU time\n", footprint(results / "footprint.jsonl"),
+        "### Encoding and decoding in memory\n", codec(measured["codec"])])
+
+
+def peer_ratios(results):
+    """For each exchange, how many times its floor each library takes."""
+    ratios = collections.defaultdict(dict)
+    for name, result in results.items():
+        peer, exchange = name.split("/")
+        if peer != "floor":
+            ratios[exchange][peer] = result["real_time"] / results[f"floor/{exchange}"]["real_time"]
+    return {exchange: ratios[exchange] for exchange in PEER_EXCHANGES}
+
+
+def peers_table(ratios):
+    names = list(next(iter(ratios.values())))
+    return table(["times the floor", *names],
+                 [[PEER_EXCHANGES[exchange], *(f"{row[name]:.2f}" for name in names)]
+                  for exchange, row in ratios.items()])
+
+
+def peers_chart(ratios, path):
+    import matplotlib
+    matplotlib.use("svg")
+    matplotlib.rcParams.update({"svg.hashsalt": "peers", "svg.fonttype": "none", "font.family": "sans-serif"})
+    from matplotlib import pyplot
+    figure, axes = pyplot.subplots(figsize=(9, 4), layout="constrained")
+    colors = {"TarnRemoteClient": "#0072b2", "ZeroMQ": "#e69f00", "Redis": "#999999", "gRPC": "#cc79a7"}
+    for i, (name, color) in enumerate(colors.items()):
+        bars = axes.bar([at + 0.2 * i for at in range(len(ratios))], [row[name] for row in ratios.values()],
+                        width=0.19, color=color, label=name)
+        axes.bar_label(bars, fmt="%.1f", fontsize=8)
+    axes.axhline(1, color="black", linewidth=1)
+    axes.text(len(ratios) - 0.3, 1, "floor", va="center", fontsize=9)
+    axes.set_xticks([at + 0.3 for at in range(len(ratios))], PEER_EXCHANGES.values())
+    axes.set_ylabel("time, in floors (less is better)")
+    axes.spines[["top", "right"]].set_visible(False)
+    axes.legend(frameon=False, ncols=len(colors), loc="upper left", bbox_to_anchor=(0, 1.1))
+    figure.savefig(path, metadata={"Date": None, "Creator": None})
+
+
+def replace_section(page, name, text):
+    begin, end = f"<!-- {name}: begin -->", f"<!-- {name}: end -->"
+    before, rest = page.read_text().split(begin)
+    page.write_text(f"{before}{begin}\n\n{text}\n{end}{rest.split(end)[1]}")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("results", type=pathlib.Path, help="the folder that scripts/bench measured into")
     parser.add_argument("--docs", type=pathlib.Path, help="a page whose tables are to be replaced")
+    parser.add_argument("--peers", action="store_true", help="the comparison with other libraries, and its chart")
     arguments = parser.parse_args()
-    measured = {name: medians(arguments.results / f"{name}.json") for name in ("calls", "growth", "codec")}
-    tables = "\n".join([
-        "### Calls against their floor\n", calls(measured["calls"]),
-        "### CRC\n", crc(measured["codec"]),
-        "### Growth\n", growth(measured["growth"]),
-        "### Memory and CPU time\n", footprint(arguments.results / "footprint.jsonl"),
-        "### Encoding and decoding in memory\n", codec(measured["codec"])])
-    print(tables)
+    if arguments.peers:
+        section, chart = "peers", (arguments.docs or arguments.results / "peers.svg").with_name("peers.svg")
+        ratios = peer_ratios(medians(arguments.results / "peers.json"))
+        peers_chart(ratios, chart)
+        text = f"![Times the floor, beside other libraries]({chart.name})\n\n" + peers_table(ratios)
+    else:
+        section, text = "tables", tables(arguments.results)
+    print(text)
     if arguments.docs:
-        before, rest = arguments.docs.read_text().split(BEGIN)
-        after = rest.split(END)[1]
-        arguments.docs.write_text(f"{before}{BEGIN}\n\n{tables}\n{END}{after}")
+        replace_section(arguments.docs, section, text)
 
 
 if __name__ == "__main__":
