@@ -116,6 +116,22 @@ TEST(Decoding, ValuesArriveByteByByte)
     EXPECT_TRUE(in.rest.empty());
 }
 
+TEST(Decoding, LongTextsArriveWholeOrUpToTheBreak)
+{
+    std::string text;
+    for (int i = 0; text.size() < 500'000; ++i) {
+        text += std::to_string(i) + ' ';
+    }
+    const auto length = static_cast<std::int32_t>(text.size());
+    for (const std::int32_t chunk : {INT32_MAX, 131'072, 9'999}) {
+        MemoryInput in(text, chunk);
+        EXPECT_EQ(in.readString(length), text) << chunk;
+        MemoryInput cut(std::string_view(text).substr(0, 300'000), chunk);
+        EXPECT_EQ(cut.readString(length), text.substr(0, 300'000)) << chunk;
+        EXPECT_TRUE(cut.broken());
+    }
+}
+
 TEST(Decoding, ArraysMustEndExactlyMapsMayOverrun)
 {
     const auto readArray = [](std::int32_t total) {
