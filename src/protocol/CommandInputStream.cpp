@@ -13,7 +13,7 @@ namespace {
 
 // A long text passes the scratch block in pieces that fit the processor's cache: each is still there when the CRC and
 // the text take it, and the rest of the block stays untouched.
-constexpr std::size_t pieceSize = 128 * 1024;
+constexpr std::size_t pieceSize = std::size_t{128} * 1024;
 
 std::string hexadecimal(std::uint32_t value)
 {

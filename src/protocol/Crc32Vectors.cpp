@@ -22,13 +22,13 @@ constexpr std::size_t vectorCount = 4;
 
 // The factor in place of x^exponent. It fills the upper half of its 64 bits, since x^0 is the topmost bit everywhere;
 // that order also makes a product come out multiplied by one more x, so that the factor has one less.
-consteval long long factor(std::size_t exponent)
+consteval std::int64_t factor(std::size_t exponent)
 {
     std::uint32_t remainder = 0x80000000;
     for (std::size_t i = 1; i < exponent; ++i) {
         remainder = crcOverZeroBit(remainder); // times x
     }
-    return static_cast<long long>(std::uint64_t{remainder} << 32);
+    return std::int64_t{remainder} << 32;
 }
 
 // Moves the vectors in `state` on by `steps` times their joint length. A 32-bit host need not have aligned the stack.
