@@ -4,16 +4,39 @@
 #include "RequestReader.h"
 #include "Target.h"
 
-#include <array>
+#include <algorithm>
 #include <zlib.h>
 
 namespace {
 
 using namespace standin;
 
-constexpr std::array codes{tag("ST"), tag("SD"), tag("LS"), tag("VC"), tag("BE"), tag("DE"),
-                           tag("MI"), tag("SI"), tag("KV"), tag("LT"), tag("EP"), tag("EU")};
 constexpr std::uint8_t framedBit = 0x10;
+constexpr std::uint8_t codeMask = 0x0F;
+
+Tag codeOf(std::uint8_t selector)
+{
+    demand(commands().size() <= codeMask + 1U, "every command can be picked");
+    return commands()[(selector & codeMask) % commands().size()].code;
+}
+
+// A connection whose bytes arrive in pieces.
+class Pieces final : public ByteSource
+{
+public:
+    Pieces(std::string_view bytes, std::size_t size) : bytes_(bytes), size_(size) {}
+
+    std::size_t read(char* into, std::size_t size) override
+    {
+        const auto count = bytes_.copy(into, std::min(size, size_));
+        bytes_.remove_prefix(count);
+        return count;
+    }
+
+private:
+    std::string_view bytes_;
+    std::size_t size_;
+};
 
 struct Outcome
 {
@@ -40,15 +63,13 @@ void checkValues(const Request& request)
 
 Outcome read(std::string_view bytes, std::size_t piece)
 {
-    RequestReader reader;
+    Pieces pieces(bytes, piece);
+    RequestReader reader(pieces);
     Outcome outcome;
     try {
-        for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size()))) {
-            reader.feed(bytes.substr(0, piece));
-            while (auto message = reader.next()) {
-                outcome.requests += encodeFrame(*message);
-                checkValues(Request(std::move(*message)));
-            }
+        while (auto message = reader.next()) {
+            outcome.requests += encodeFrame(*message);
+            checkValues(Request(std::move(*message)));
         }
     } catch (const WireError& error) {
         outcome.failure = error.what();
@@ -75,7 +96,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     const std::string_view rest = viewOf(bytes + 1, size - 1);
     const bool isFramed = (bytes[0] & framedBit) != 0;
-    const std::string stream = isFramed ? framed(codes[(bytes[0] & 0x0F) % codes.size()], rest) : std::string(rest);
+    const std::string stream = isFramed ? framed(codeOf(bytes[0]), rest) : std::string(rest);
 
     const Outcome whole = read(stream, stream.size());
     demand(stream.starts_with(whole.requests), "what is accepted is written again byte for byte");
@@ -87,38 +108,33 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 std::vector<std::string> seedInputs()
 {
     std::vector<std::string> seeds;
-    for (std::size_t i = 0; i < codes.size(); ++i) {
-        std::string all;
-        for (int first = 'a'; first <= 'z'; ++first) {
-            for (int second = 'a'; second <= 'z'; ++second) {
-                const auto* rule = findCommand(codes[i])->find(static_cast<Tag>(first << 8 | second));
-                if (rule == nullptr) {
-                    continue;
-                }
-                std::string one;
-                switch (rule->kind) {
-                case Kind::Map:
-                    appendParameter(one, rule->tag, encodeMap({{"a", "1"}, {"b", ""}}));
-                    break;
-                case Kind::Bool:
-                    appendParameter(one, rule->tag, "\1");
-                    break;
-                case Kind::Int:
-                    appendParameter(one, rule->tag, "1234");
-                    break;
-                case Kind::Long:
-                    appendParameter(one, rule->tag, "12345678");
-                    break;
-                default:
-                    appendParameter(one, rule->tag, "text");
-                }
-                seeds.push_back(static_cast<char>(i | framedBit) + one);
-                all += one;
-            }
-        }
+    for (std::size_t i = 0; i < commands().size(); ++i) {
         const auto selector = static_cast<char>(i);
+        const auto& command = commands()[i];
+        std::string all;
+        for (const auto& rule : command.parameters) {
+            std::string one;
+            switch (rule.kind) {
+            case Kind::Map:
+                appendParameter(one, rule.tag, encodeMap({{"a", "1"}, {"b", ""}}));
+                break;
+            case Kind::Bool:
+                appendParameter(one, rule.tag, "\1");
+                break;
+            case Kind::Int:
+                appendParameter(one, rule.tag, "1234");
+                break;
+            case Kind::Long:
+                appendParameter(one, rule.tag, "12345678");
+                break;
+            default:
+                appendParameter(one, rule.tag, "text");
+            }
+            seeds.push_back(static_cast<char>(selector | framedBit) + one);
+            all += one;
+        }
         seeds.push_back(static_cast<char>(selector | framedBit) + all);
-        seeds.push_back(selector + framed(codes[i], all) + framed(codes[i], ""));
+        seeds.push_back(selector + framed(command.code, all) + framed(command.code, ""));
     }
     return seeds;
 }

@@ -28,13 +28,18 @@ def long(number):
     return struct.pack(">q", number)
 
 
-def parameter(tag, value):
-    return tag.encode() + sized(encode(value))
-
-
 def frame(code, *parameters):
-    data = b"\0\7" + code.encode() + b"".join(parameter(*p) for p in parameters) + b"\xce\xde"
+    data = b"\0\7" + code.encode()
+    for tag, value in parameters:
+        data += tag.encode() + sized(encode(value))
+    data += b"\xce\xde"
     return data + struct.pack(">I", zlib.crc32(data))
+
+
+def request(code, values):
+    """A frame with the values by their tags; those of a list come one by one under the same tag."""
+    return frame(code, *((tag, value) for tag, given in values.items()
+                         for value in (given if isinstance(given, list) else [given])))
 
 
 def parameters(value, tag_size=2):
@@ -70,13 +75,13 @@ class Client:
         while len(data) < count:
             block = self.socket.recv(min(count - len(data), 1 << 20))
             if not block:
-                raise ConnectionError("closed by the daemon")
+                raise EOFError("closed by the daemon")
             data += block
         return bytes(data)
 
     def reply(self, code):
         read, found = self.receive(4), {}
-        assert read == b"\0\7" + code.encode()
+        assert read == b"\0\7" + code.encode(), read
         while (tag := self.receive(2)) != b"\xce\xde":
             length = self.receive(4)
             value = self.receive(struct.unpack(">i", length)[0])
@@ -86,33 +91,33 @@ class Client:
         assert self.receive(4) == struct.pack(">I", zlib.crc32(read + tag))
         return struct.unpack(">h", found.pop("st"))[0], found
 
-    def call(self, code, *sent):
-        self.socket.sendall(frame(code, *sent))
+    def send(self, code, **values):
+        self.socket.sendall(request(code, values))
+
+    def call(self, code, **values):
+        """Status and reply. Tags that Python keeps for itself are written with an underscore: as_, or_."""
+        self.send(code, **{tag.rstrip("_"): value for tag, value in values.items()})
         return self.reply(code)
 
+    def done(self, code, **values):
+        status, reply = self.call(code, **values)
+        assert status == 0, (status, reply)
+        return reply
+
     def login(self, user=ALICE):
-        status, reply = self.call("LS", ("tc", ""), ("to", user), ("ky", SECRET[user]))
-        assert status == 0, (status, reply)
-        return mapping(reply["sl"])
+        return mapping(self.done("LS", tc="", to=user, ky=SECRET[user])["sl"])
 
-    def encrypt(self, *recipients, sender=ALICE, mime=b"Subject: Test\n\nHello\n", **extra):
-        sent = [("tc", ""), ("sl", self.login(sender)), ("fm", sender)] + [("to", r) for r in recipients]
-        status, reply = self.call("BE", *sent, *extra.items(), ("mm", mime))
-        assert status == 0, (status, reply)
-        return reply["en"]
+    def encrypt(self, *recipients, sender=ALICE, mime=b"Subject: Test\n\nHello\n", **more):
+        return self.done("BE", tc="", sl=self.login(sender), fm=sender, to=list(recipients), **more, mm=mime)["en"]
 
-    def decrypt(self, envelope, who, password=None, *more):
-        return self.call("DE", ("ky", SECRET[who] if password is None else password), ("en", envelope), ("to", who),
-                         *more)
+    def decrypt(self, envelope, who, password=None, **more):
+        return self.call("DE", ky=SECRET[who] if password is None else password, en=envelope, to=who, **more)
 
     def ask(self, envelope, who):
-        return self.call("DE", ("en", envelope), ("to", who))
+        return self.call("DE", en=envelope, to=who)
 
     def track(self, envelope, sender=ALICE):
-        status, reply = self.call("MI", ("ky", SECRET[sender]), ("en", envelope))
-        assert status == 0, (status, reply)
-        return {record["to"]: record for record in records(reply)}
+        return {record["to"]: record for record in records(self.done("MI", ky=SECRET[sender], en=envelope))}
 
     def set(self, envelope, who, locked=False, message="", expires=0, password="wonderland"):
-        return self.call("SI", ("ky", password), ("en", envelope), ("to", who), ("ls", locked), ("sm", message),
-                         ("ed", long(expires)))
+        return self.call("SI", ky=password, en=envelope, to=who, ls=locked, sm=message, ed=long(expires))

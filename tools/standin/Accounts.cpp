@@ -3,26 +3,60 @@
 #include "Password.h"
 #include "Texts.h"
 
+#include <array>
+
 namespace standin {
 
-std::optional<Account> Accounts::find(std::string_view address) const
+namespace {
+
+struct ReadyMade
 {
-    auto row =
-        database_.query("SELECT address, name, locale, state, blockedUntil FROM accounts WHERE address = ?", address);
-    if (!row.step())
-        return std::nullopt;
-    return Account{row.text(0), row.text(1), row.text(2), static_cast<AccountState>(row.number(3)), row.number(4)};
+    const char* address;
+    const char* name;
+    const char* locale;
+    const char* password;
+    AccountState state = AccountState::Active;
+};
+
+constexpr std::array readyMade = {
+    ReadyMade{"alice@example.com", "Alice", "en", "wonderland"},
+    ReadyMade{"bob@example.com", "Bob", "de", "builder"},
+    ReadyMade{"carol@example.com", "Carol", "fr", "caravan"},
+    ReadyMade{"dave@example.com", "Dave", "en", "doorstop", AccountState::Disabled},
+};
+
+} // namespace
+
+void Accounts::addReadyMade()
+{
+    for (const auto& account : readyMade) {
+        execute(database_, "INSERT INTO accounts (address, name, locale, password, state) VALUES (?, ?, ?, ?, ?)",
+                account.address, account.name, account.locale, hashPassword(account.password),
+                static_cast<int>(account.state));
+    }
 }
 
-Verdict Accounts::standing(std::string_view address) const
+std::optional<Account> Accounts::find(const std::string& address) const
+{
+    auto row = query(database_, "SELECT state, password, blockedUntil FROM accounts WHERE address = ?", address);
+    if (!row.executeStep()) {
+        return std::nullopt;
+    }
+    return Account{static_cast<AccountState>(row.getColumn(0).getInt()), row.getColumn(1), row.getColumn(2)};
+}
+
+Verdict Accounts::standing(const std::string& address) const
 {
     const auto account = find(address);
-    if (!account)
+    if (!account) {
         return {Status::NotEnrolled, "there is no account of this address: it can be enrolled"};
-    if (account->state == AccountState::Unconfirmed)
+    }
+    if (account->state == AccountState::Unconfirmed) {
         return {Status::EnrollmentUnfinished, "the enrollment of this address is not confirmed yet"};
-    if (account->state == AccountState::Disabled)
+    }
+    if (account->state == AccountState::Disabled) {
         return {Status::AccountDisabled, "the account is disabled"};
+    }
     const auto wait = account->blockedUntil - nowMillis();
     if (wait > 0) {
         const auto seconds = (wait + 999) / 1000;
@@ -32,43 +66,41 @@ Verdict Accounts::standing(std::string_view address) const
     return {};
 }
 
-Verdict Accounts::authenticate(std::string_view address, std::string_view password)
+Verdict Accounts::authenticate(const std::string& address, const std::string& password)
 {
     auto verdict = standing(address);
-    if (verdict.status != Status::Ok)
+    if (verdict.status != Status::Ok) {
         return verdict;
-    auto row = database_.query("SELECT password FROM accounts WHERE address = ?", address);
-    if (!row.step() || !verifyPassword(password, row.text(0))) {
+    }
+    if (!verifyPassword(password, find(address)->password)) {
         countFailure(address);
         return {Status::WrongPassword, "wrong password"};
     }
-    database_.execute("UPDATE accounts SET failures = 0, blockedUntil = 0 WHERE address = ?", address);
+    execute(database_, "UPDATE accounts SET failures = 0, blockedUntil = 0 WHERE address = ?", address);
     return {};
 }
 
-void Accounts::countFailure(std::string_view address)
+void Accounts::countFailure(const std::string& address)
 {
-    database_.execute("UPDATE accounts SET failures = failures + 1 WHERE address = ?", address);
-    database_.execute("UPDATE accounts SET failures = 0, blockedUntil = ? WHERE address = ? AND failures >= ?",
-                      nowMillis() + blockMillis, address, std::int64_t{maxFailures});
+    execute(database_, "UPDATE accounts SET failures = failures + 1 WHERE address = ?", address);
+    execute(database_, "UPDATE accounts SET failures = 0, blockedUntil = ? WHERE address = ? AND failures >= ?",
+            nowMillis() + blockMillis, address, maxFailures);
 }
 
-std::vector<std::string> Accounts::owners(const std::vector<std::string>& addresses, std::string_view password)
+std::vector<std::string> Accounts::owners(const std::vector<std::string>& addresses, const std::string& password)
 {
     std::vector<std::string> matching;
     std::vector<std::string> failing;
     for (const auto& address : addresses) {
-        if (standing(address).status != Status::Ok)
-            continue;
-        auto row = database_.query("SELECT password FROM accounts WHERE address = ?", address);
-        if (row.step() && verifyPassword(password, row.text(0)))
-            matching.push_back(address);
-        else
-            failing.push_back(address);
+        if (standing(address).status == Status::Ok) {
+            (verifyPassword(password, find(address)->password) ? matching : failing).push_back(address);
+        }
     }
-    if (matching.empty())
-        for (const auto& address : failing)
+    if (matching.empty()) {
+        for (const auto& address : failing) {
             countFailure(address);
+        }
+    }
     return matching;
 }
 
@@ -76,34 +108,29 @@ StringMap Accounts::openSession(const std::string& address)
 {
     const auto now = nowMillis();
     const auto token = randomId();
-    database_.execute("DELETE FROM sessions WHERE expires <= ?", now);
-    database_.execute("INSERT INTO sessions (token, address, expires) VALUES (?, ?, ?)", token, address,
-                      now + sessionMillis);
+    execute(database_, "DELETE FROM sessions WHERE expires <= ?", now);
+    execute(database_, "INSERT INTO sessions (token, address, expires) VALUES (?, ?, ?)", token, address,
+            now + sessionMillis);
     return {{"token", token},
             {"user", address},
             {"created", std::to_string(now)},
             {"expires", std::to_string(now + sessionMillis)}};
 }
 
-std::optional<std::string> Accounts::sessionUser(std::string_view token) const
+std::optional<std::string> Accounts::sessionUser(const std::string& token) const
 {
-    auto row = database_.query("SELECT address FROM sessions WHERE token = ? AND expires > ?", token, nowMillis());
-    if (!row.step())
-        return std::nullopt;
-    return row.text(0);
+    return findText(database_, "SELECT address FROM sessions WHERE token = ? AND expires > ?", token, nowMillis());
 }
 
 std::string Accounts::enrollmentId(const std::string& address)
 {
-    database_.execute("INSERT OR IGNORE INTO enrollments (id, address) VALUES (?, ?)", randomId(), address);
-    auto row = database_.query("SELECT id FROM enrollments WHERE address = ?", address);
-    row.step();
-    return row.text(0);
+    execute(database_, "INSERT OR IGNORE INTO enrollments (id, address) VALUES (?, ?)", randomId(), address);
+    return findText(database_, "SELECT id FROM enrollments WHERE address = ?", address).value();
 }
 
-bool Accounts::isEnrollmentId(std::string_view id, std::string_view address) const
+bool Accounts::isEnrollmentId(const std::string& id, const std::string& address) const
 {
-    return database_.query("SELECT 1 FROM enrollments WHERE id = ? AND address = ?", id, address).step();
+    return findText(database_, "SELECT id FROM enrollments WHERE id = ? AND address = ?", id, address).has_value();
 }
 
 std::string Accounts::enrollmentLink(const std::string& id)

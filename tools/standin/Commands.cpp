@@ -4,65 +4,36 @@
 
 namespace standin {
 
-namespace {
-
-constexpr ParameterRule text(const char (&letters)[3])
+std::span<const CommandRule> commands()
 {
-    return {tag(letters), Kind::Text};
-}
-
-constexpr ParameterRule list(const char (&letters)[3])
-{
-    return {tag(letters), Kind::Text, true};
-}
-
-constexpr ParameterRule map(const char (&letters)[3])
-{
-    return {tag(letters), Kind::Map};
-}
-
-constexpr ParameterRule flag(const char (&letters)[3])
-{
-    return {tag(letters), Kind::Bool};
-}
-
-constexpr ParameterRule number(const char (&letters)[3])
-{
-    return {tag(letters), Kind::Int};
-}
-
-constexpr ParameterRule date(const char (&letters)[3])
-{
-    return {tag(letters), Kind::Long};
-}
-
-const std::vector<CommandRule>& commands()
-{
+    using enum Kind;
+    const auto secret = [](const char(&letters)[3]) { return ParameterRule(letters, Secret, limit::password); };
+    const auto large = [](const char(&letters)[3]) { return ParameterRule(letters, Text, limit::request); };
     // clang-format off
     static const std::vector<CommandRule> rules = {
-        {tag("ST"), false, {}},
-        {tag("SD"), false, {}},
-        {tag("LS"), true, {text("tc"), text("to"), text("ky"), text("ep")}},
-        {tag("VC"), true, {text("ep"), text("fm")}},
-        {tag("BE"), true, {text("tc"), map("sl"), text("fm"), list("to"), list("cc"), list("bc"), map("ec"), text("ep"),
-                           text("mm")}},
-        {tag("DE"), true, {text("ky"), text("en"), text("ep"), text("to"), text("sk"), flag("po")}},
-        {tag("MI"), true, {text("tc"), text("ky"), text("en"), text("ep"), text("fm"), text("sf"), flag("as"),
-                           number("si"), number("mx")}},
-        {tag("SI"), true, {text("tc"), text("ky"), text("en"), text("ep"), text("to"), map("ri"), flag("ls"),
-                           text("sm"), date("ed")}},
-        {tag("KV"), false, {text("ep")}},
-        {tag("LT"), false, {text("ep")}},
-        {tag("EP"), false, {text("tc"), map("ec"), text("ea"), text("ul")}},
-        {tag("EU"), true, {text("tc"), map("ec"), text("ea"), text("fn"), text("ln"), text("pw"), text("pc"),
-                           text("es"), text("ul"), number("or"), number("el"), number("zo"), text("pp"), number("pe"),
-                           map("qa")}},
+        {tag("ST"), daemonStatus, false, {}},
+        {tag("SD"), stopDaemon, false, {}},
+        {tag("LS"), login, true, {"tc", "to", secret("ky"), "ep"}},
+        {tag("VC"), verifyConfiguration, true, {"ep", "fm"}},
+        {tag("BE"), buildEnvelope, true,
+         {"tc", {"sl", Map}, "fm", {"to", Recipient}, {"cc", Recipient}, {"bc", Recipient}, {"ec", Map}, "ep",
+          large("mm")}},
+        {tag("DE"), openEnvelope, true, {secret("ky"), large("en"), "ep", "to", secret("sk"), {"po", Bool}}},
+        {tag("MI"), messageInformation, true,
+         {"tc", secret("ky"), large("en"), "ep", "fm", "sf", {"as", Bool}, {"si", Int}, {"mx", Int}}},
+        {tag("SI"), setInformation, true,
+         {"tc", secret("ky"), large("en"), "ep", "to", {"ri", Map}, {"ls", Bool}, {"sm", Text, limit::statusMessage},
+          {"ed", Long}}},
+        {tag("KV"), keyServerVersion, false, {"ep"}},
+        {tag("LT"), localizedTexts, false, {"ep"}},
+        {tag("EP"), enrollmentParameters, false, {"tc", {"ec", Map}, "ea", "ul"}},
+        {tag("EU"), enrollUser, true,
+         {"tc", {"ec", Map}, "ea", "fn", "ln", secret("pw"), "pc", "es", "ul", {"or", Int}, {"el", Int}, {"zo", Int},
+          secret("pp"), {"pe", Int}, {"qa", Map}}},
     };
     // clang-format on
     return rules;
 }
-
-} // namespace
 
 const ParameterRule* CommandRule::find(Tag wanted) const
 {

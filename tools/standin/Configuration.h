@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Handlers.h"
 #include "Wire.h"
 
 #include <string>
-#include <string_view>
 
 namespace standin {
 
@@ -14,11 +14,9 @@ struct Configuration
     StringMap lineProblems; // "line N" to what is wrong with it
 };
 
-// Throws a Refusal when the file cannot be read.
-Configuration readConfiguration(const std::string& path);
-
-// The configuration that a request names in 'ep'; empty when it names none.
-StringMap namedConfiguration(const std::string& path);
+// The configuration file that a request names in 'ep'; empty when it names none. Throws a Refusal when the file cannot
+// be read, or may not be: anybody can ask for it, so it has to be in the folder for such files.
+Configuration namedConfiguration(const Request& request, const Context& context);
 
 // What is wrong with the lines, the keys and their values: each problem under its line or key.
 StringMap configurationProblems(const Configuration& configuration);

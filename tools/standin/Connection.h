@@ -2,37 +2,45 @@
 
 #include "RequestReader.h"
 
-#include <cstddef>
-#include <string>
+#include <chrono>
+#include <stdexcept>
+#include <string_view>
 
 namespace standin {
 
-// A client's socket with the bytes on their way in and out. Never blocks.
-class Connection
+// The client sends nothing, takes nothing, or is gone.
+class ConnectionError : public std::runtime_error
 {
 public:
-    Connection(int socket, int number) : socket_(socket), number_(number) {}
-    ~Connection();
+    using std::runtime_error::runtime_error;
+};
+
+// A client's socket. Its operations block, for idleLimit at the longest.
+class Connection final : public ByteSource
+{
+public:
+    Connection(int socket, int number, std::chrono::seconds idleLimit);
+    ~Connection() override;
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    int socket() const { return socket_; }
     int number() const { return number_; }
-    RequestReader& reader() { return reader_; }
 
-    // Takes what has arrived; false at the end of the client's bytes, or when the connection is lost.
-    bool receive();
-    // Sends what the client takes now; false when the connection is lost.
-    bool send(std::string frame);
-    bool sendMore();
-    bool hasOutput() const { return sent_ < output_.size(); }
+    std::size_t read(char* into, std::size_t size) override;
+    void send(std::string_view frame);
+    // Waits, but no longer than the client stays and the daemon goes on.
+    void wait(std::chrono::milliseconds time);
+    // The closing will look like a lost connection. A client that waits for a reply waits on after an orderly end.
+    void resetAtClose();
+
+    // Called by other threads. Reading ends, or reading and writing; what is under way fails.
+    void endReading();
+    void endAll();
 
 private:
     int socket_;
     int number_;
-    RequestReader reader_;
-    std::string output_;
-    std::size_t sent_ = 0;
+    std::chrono::seconds idleLimit_;
 };
 
 } // namespace standin

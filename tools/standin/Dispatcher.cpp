@@ -9,45 +9,23 @@ namespace standin {
 
 namespace {
 
-Reply handle(const Request& request, Context& context)
+void demandSizes(const Request& request, const CommandRule& command)
 {
-    switch (request.code()) {
-    case tag("ST"):
-        return daemonStatus(request, context);
-    case tag("SD"):
-        return stopDaemon(request, context);
-    case tag("LS"):
-        return login(request, context);
-    case tag("VC"):
-        return verifyConfiguration(request, context);
-    case tag("BE"):
-        return buildEnvelope(request, context);
-    case tag("DE"):
-        return openEnvelope(request, context);
-    case tag("MI"):
-        return messageInformation(request, context);
-    case tag("SI"):
-        return setInformation(request, context);
-    case tag("KV"):
-        return keyServerVersion(request, context);
-    case tag("LT"):
-        return localizedTexts(request, context);
-    case tag("EP"):
-        return enrollmentParameters(request, context);
-    case tag("EU"):
-        return enrollUser(request, context);
-    default:
-        throw Refusal{Status::InternalError, "the command has no handler"};
+    for (const auto& parameter : request.message().parameters) {
+        demandAtMost(command.find(parameter.tag)->maxSize, parameter.value.size(),
+                     "bytes of " + tagName(parameter.tag));
     }
 }
 
-Reply handleInTransaction(const Request& request, Context& context)
+Reply handle(const Request& request, Context& context)
 {
-    const auto* command = findCommand(request.code());
-    if (!command || !command->usesStore)
-        return handle(request, context);
-    Transaction transaction(context.database);
-    auto reply = handle(request, context);
+    const auto& command = *findCommand(request.code());
+    demandSizes(request, command);
+    if (!command.usesStore) {
+        return command.handler(request, context);
+    }
+    Transaction transaction(context.database, SQLite::TransactionBehavior::IMMEDIATE);
+    auto reply = command.handler(request, context);
     transaction.commit();
     return reply;
 }
@@ -55,7 +33,7 @@ Reply handleInTransaction(const Request& request, Context& context)
 Reply answer(const Request& request, Context& context)
 {
     try {
-        return handleInTransaction(request, context);
+        return handle(request, context);
     } catch (const Refusal& refusal) {
         return {request.code(), refusal.status, refusal.message};
     } catch (const StoreError& error) {
@@ -71,13 +49,17 @@ Reply answer(const Request& request, Context& context)
 
 Reply dispatch(const Request& request, Context& context)
 {
+    const auto& answers = context.settings.faults.answers;
+    if (const auto told = answers.find(request.code()); told != answers.end()) {
+        return {request.code(), static_cast<Status>(told->second), "answered as --answer says"};
+    }
+    const std::lock_guard lock(context.mutex);
     const auto start = std::chrono::steady_clock::now();
     auto reply = answer(request, context);
     const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    const bool granted = readNumber<std::int16_t>(reply.message().parameters.front().value) == 0;
     if (request.code() == tag("BE")) {
         context.encryptions.add(took.count());
-        ++(granted ? context.encrypted : context.encryptionsFailed);
+        ++(reply.status() == Status::Ok ? context.encrypted : context.encryptionsFailed);
     } else if (request.code() == tag("DE")) {
         context.decryptions.add(took.count());
     }

@@ -18,10 +18,11 @@ constexpr std::size_t checkSize = 8;
 std::string checkOf(std::string_view beforeCheck, std::string_view afterCheck)
 {
     std::string significant;
-    for (const auto piece : {beforeCheck, afterCheck})
+    for (const auto piece : {beforeCheck, afterCheck}) {
         std::ranges::copy_if(piece, std::back_inserter(significant), [](char c) {
             return trimmed({&c, 1}).size() == 1;
         });
+    }
     const auto crc = crc32_z(0, reinterpret_cast<const Bytef*>(significant.data()), significant.size());
     char text[checkSize + 1];
     std::snprintf(text, sizeof text, "%08x", static_cast<unsigned>(crc));
@@ -60,15 +61,14 @@ std::string makeEnvelope(const std::string& messageId, const std::string& sender
 std::string readEnvelope(std::string_view envelope)
 {
     const auto at = envelope.find(marker);
-    if (at == std::string_view::npos)
-        throw Refusal{Status::NoEnvelope, "this is no envelope"};
+    demand(at != std::string_view::npos, Status::NoEnvelope, "this is not an envelope");
     const auto content = envelope.substr(at + marker.size());
-    if (content.size() < idSize + 1 + checkSize)
-        throw Refusal{Status::DamagedEnvelope, "the envelope is damaged: it ends early"};
+    demand(content.size() >= idSize + 1 + checkSize, Status::DamagedEnvelope, "the envelope is damaged: it ends early");
     const auto checkAt = at + marker.size() + idSize + 1;
     if (content.substr(idSize + 1, checkSize) !=
-        checkOf(envelope.substr(0, checkAt), envelope.substr(checkAt + checkSize)))
+        checkOf(envelope.substr(0, checkAt), envelope.substr(checkAt + checkSize))) {
         throw Refusal{Status::DamagedEnvelope, "the envelope is damaged: its text was changed"};
+    }
     return std::string(content.substr(0, idSize));
 }
 

@@ -14,7 +14,7 @@ inline constexpr std::string_view envelopeContentType = "text/html; charset=utf-
 std::string makeEnvelope(const std::string& messageId, const std::string& sender);
 
 // The message id of an envelope. Blanks and line ends may have changed on the way, nothing else. Throws a Refusal for
-// a text that is no envelope and for a damaged one.
+// a damaged envelope and for any other text.
 std::string readEnvelope(std::string_view envelope);
 
 } // namespace standin

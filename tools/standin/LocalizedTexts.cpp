@@ -1,71 +1,25 @@
-#include "LocalizedTexts.h"
-
-#include "Texts.h"
-
-#include <algorithm>
-#include <array>
+#include "Configuration.h"
+#include "Handlers.h"
+#include "Languages.h"
 
 namespace standin {
 
-namespace {
-
-constexpr std::array texts = {
-    LocalizedText{"en", "English", "ltr", "From", "Subject",
-                  "🔒 You have received a secure message. Open the attached file with your mail program's plug-in."},
-    LocalizedText{"ar", "العربية", "rtl", "من", "الموضوع",
-                  "لقد تلقيت رسالة آمنة. افتح الملف المرفق باستخدام المكون الإضافي لبرنامج البريد."},
-    LocalizedText{"de", "Deutsch", "ltr", "Von", "Betreff",
-                  "Sie haben eine sichere Nachricht erhalten. Öffnen Sie die angehängte Datei mit der Erweiterung "
-                  "Ihres Mailprogramms."},
-    LocalizedText{"el", "Ελληνικά", "ltr", "Από", "Θέμα",
-                  "Λάβατε ένα ασφαλές μήνυμα. Ανοίξτε το συνημμένο αρχείο με το πρόσθετο του προγράμματος "
-                  "αλληλογραφίας σας."},
-    LocalizedText{"fr", "Français", "ltr", "De", "Objet",
-                  "Vous avez reçu un message sécurisé. Ouvrez le fichier joint avec l’extension de votre messagerie."},
-    LocalizedText{"ja", "日本語", "ltr", "差出人", "件名",
-                  "保護されたメッセージが届いています。𠮷田様ほか、宛先の方は添付ファイルをメールソフトの"
-                  "プラグインで開いてください。"},
-    LocalizedText{"ru", "Русский", "ltr", "От", "Тема",
-                  "Вы получили защищённое сообщение. Откройте вложенный файл с помощью модуля вашей почтовой "
-                  "программы."},
-    LocalizedText{"zh", "中文", "ltr", "发件人", "主题", "您收到了一封安全邮件。请使用邮件程序的插件打开附件。"},
-};
-
-std::string headLine(std::string_view label, std::string_view value)
+Reply localizedTexts(const Request& request, Context& context)
 {
-    return std::string(label) + ": " + std::string(value);
-}
-
-} // namespace
-
-std::span<const LocalizedText> allLocalizedTexts()
-{
-    return texts;
-}
-
-const LocalizedText& localizedText(std::string_view locale)
-{
-    const auto language = normalAddress(locale.substr(0, locale.find_first_of("-_")));
-    const auto found = std::ranges::find(texts, std::string_view(language), &LocalizedText::locale);
-    return found == texts.end() ? texts.front() : *found;
-}
-
-std::string plainBody(const LocalizedText& text, std::string_view sender, std::string_view subject)
-{
-    std::string body;
-    if (!sender.empty())
-        body = headLine(text.from, sender) + "\n" + headLine(text.subject, subject) + "\n\n";
-    return body + std::string(text.body) + "\n";
-}
-
-std::string htmlBody(const LocalizedText& text, std::string_view sender, std::string_view subject)
-{
-    std::string body = "<!DOCTYPE html>\n<html lang=\"" + std::string(text.locale) + "\" dir=\"" +
-                       std::string(text.direction) + "\">\n<head><meta charset=\"utf-8\"></head>\n<body>\n";
-    if (!sender.empty())
-        body += "<p>" + escapeHtml(headLine(text.from, sender)) + "<br>" + escapeHtml(headLine(text.subject, subject)) +
-                "</p>\n";
-    return body + "<p>" + escapeHtml(text.body) + "</p>\n</body>\n</html>\n";
+    namedConfiguration(request, context);
+    StringMap names;
+    StringMap plain;
+    StringMap html;
+    for (const auto& language : languages()) {
+        const std::string locale(language.locale);
+        names[locale] = language.name;
+        plain[locale] = plainBody(language);
+        html[locale] = htmlBody(language);
+    }
+    return Reply(request.code(), Status::Ok, std::to_string(names.size()) + " locales")
+        .map(tag("sl"), names)
+        .map(tag("tb"), plain)
+        .map(tag("th"), html);
 }
 
 } // namespace standin

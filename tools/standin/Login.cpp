@@ -7,22 +7,21 @@ namespace standin {
 
 Reply login(const Request& request, Context& context)
 {
-    namedConfiguration(request.text(tag("ep")));
+    namedConfiguration(request, context);
     const auto user = normalAddress(request.text(tag("to")));
-    if (!isAddress(user))
-        throw Refusal{Status::BadValue, "the user name is not an e-mail address"};
+    demand(isAddress(user), Status::BadValue, "the user name is not an e-mail address");
     Accounts accounts(context.database);
     auto verdict = accounts.authenticate(user, request.text(tag("ky")));
-    if (verdict.status == Status::NotEnrolled)
+    if (verdict.status == Status::Ok) {
+        return Reply(request.code(), Status::Ok, "logged in").map(tag("sl"), accounts.openSession(user));
+    }
+    if (verdict.status == Status::NotEnrolled) {
         verdict.status = Status::EnrollmentUnfinished;
-
-    Reply reply(request.code(), verdict.status, verdict.status == Status::Ok ? "logged in" : verdict.message);
-    if (verdict.status == Status::Ok)
-        reply.map(tag("sl"), accounts.openSession(user));
-    if (verdict.status == Status::EnrollmentUnfinished)
+    }
+    Reply reply(request.code(), verdict);
+    if (verdict.status == Status::EnrollmentUnfinished) {
         reply.text(tag("lk"), Accounts::enrollmentLink(accounts.enrollmentId(user)));
-    if (verdict.status == Status::TooManyTries)
-        reply.longNumber(tag("se"), verdict.secondsToWait);
+    }
     return reply;
 }
 

@@ -17,17 +17,7 @@ struct Recipient
     std::string type; // to, cc or bc
 };
 
-struct NewMessage
-{
-    std::string sender;
-    std::string subject;
-    std::int32_t sensitivity = 0;
-    std::int64_t attachments = 0;
-    StringMap configuration;
-    std::vector<Recipient> recipients;
-};
-
-// A stored message without its bytes.
+// A message without its bytes.
 struct StoredMessage
 {
     std::string id;
@@ -43,7 +33,7 @@ struct StoredMessage
 
 struct Tracking
 {
-    bool locked = false;
+    std::int32_t locked = 0;
     std::string statusMessage;
     std::int64_t expires = 0;
 };
@@ -56,20 +46,21 @@ public:
 
     explicit Messages(Database& database) : database_(database) {}
 
-    // Returns the id.
-    std::string add(const NewMessage& message, std::string_view mime);
-    std::optional<StoredMessage> find(std::string_view id) const;
-    std::string mimeOf(std::string_view id) const;
+    // Makes the message's id.
+    void add(StoredMessage& message, const std::string& mime, std::int64_t attachments);
+    // The message that an envelope refers to; a Refusal when there is none.
+    StoredMessage ofEnvelope(std::string_view envelope) const;
+    std::string mimeOf(const std::string& id) const;
 
-    std::optional<Tracking> tracking(std::string_view id, std::string_view address) const;
-    void noteOpened(std::string_view id, std::string_view address);
-    void noteFailed(std::string_view id, std::string_view address);
+    std::optional<Tracking> tracking(const std::string& id, const std::string& address) const;
+    void noteOpened(const std::string& id, const std::string& address);
+    void noteFailed(const std::string& id, const std::string& address);
 
     // The key of an address that has one, its life prolonged, else a new one.
-    std::string keepOpen(std::string_view id, std::string_view address);
-    bool isKeptOpen(std::string_view id, std::string_view address) const;
+    std::string keepOpen(const std::string& id, const std::string& address);
+    bool isKeptOpen(const std::string& id, const std::string& address) const;
     // Whose key of this message it is.
-    std::optional<std::string> keyHolder(std::string_view id, std::string_view key) const;
+    std::optional<std::string> keyHolder(const std::string& id, const std::string& key) const;
 
 private:
     Database& database_;

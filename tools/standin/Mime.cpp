@@ -59,12 +59,14 @@ std::string decodedData(GMimeObject* leaf, GMimeFormatOptions* format)
     const Owned<GMimeStream> out(g_mime_stream_mem_new());
     if (GMIME_IS_MESSAGE_PART(leaf)) {
         auto* inner = g_mime_message_part_get_message(GMIME_MESSAGE_PART(leaf));
-        if (inner)
+        if (inner) {
             g_mime_object_write_to_stream(GMIME_OBJECT(inner), format, out.get());
+        }
     } else if (GMIME_IS_PART(leaf)) {
         auto* content = g_mime_part_get_content(GMIME_PART(leaf));
-        if (content)
+        if (content) {
             g_mime_data_wrapper_write_to_stream(content, out.get());
+        }
     }
     return written(out.get());
 }
@@ -75,25 +77,29 @@ std::string contentTypeOf(GMimeObject* leaf)
     char* name = g_mime_content_type_get_mime_type(type);
     std::string text = textOf(name);
     g_free(name);
-    if (const char* charset = g_mime_content_type_get_parameter(type, "charset"))
+    if (const char* charset = g_mime_content_type_get_parameter(type, "charset")) {
         text += std::string("; charset=") + charset;
+    }
     return text;
 }
 
 std::string_view extensionFor(GMimeObject* leaf)
 {
     auto* type = g_mime_object_get_content_type(leaf);
-    if (GMIME_IS_MESSAGE_PART(leaf))
+    if (GMIME_IS_MESSAGE_PART(leaf)) {
         return ".eml";
-    if (g_mime_content_type_is_type(type, "text", "html"))
+    }
+    if (g_mime_content_type_is_type(type, "text", "html")) {
         return ".html";
+    }
     return g_mime_content_type_is_type(type, "text", "*") ? ".txt" : ".bin";
 }
 
 std::string givenName(GMimeObject* leaf)
 {
-    if (GMIME_IS_PART(leaf))
+    if (GMIME_IS_PART(leaf)) {
         return textOf(g_mime_part_get_filename(GMIME_PART(leaf)));
+    }
     const char* name = g_mime_object_get_content_disposition_parameter(leaf, "filename");
     return textOf(name ? name : g_mime_object_get_content_type_parameter(leaf, "name"));
 }
@@ -133,11 +139,13 @@ MimeItem itemFrom(GMimeObject* leaf, NameMaker& names, GMimeFormatOptions* forma
     auto* disposition = g_mime_object_get_content_disposition(leaf);
     const bool text = g_mime_content_type_is_type(g_mime_object_get_content_type(leaf), "text", "*");
     item.name = givenName(leaf);
-    if (text && item.name.empty() && !(disposition && g_mime_content_disposition_is_attachment(disposition)))
+    if (text && item.name.empty() && !(disposition && g_mime_content_disposition_is_attachment(disposition))) {
         item.type = MimeItem::body;
+    }
     if (g_mime_object_get_content_id(leaf) ||
-        (disposition && textOf(g_mime_content_disposition_get_disposition(disposition)) == GMIME_DISPOSITION_INLINE))
+        (disposition && textOf(g_mime_content_disposition_get_disposition(disposition)) == GMIME_DISPOSITION_INLINE)) {
         item.flags |= MimeItem::shownInline;
+    }
     if (item.name.empty()) {
         item.flags |= MimeItem::nameMadeUp;
         item.name = names.make(item.type == MimeItem::body ? "body" : "attachment", extensionFor(leaf));
@@ -154,8 +162,8 @@ MimeMessage splitMime(const std::string& source)
     const auto message = parse(source);
     auto* root = message ? g_mime_message_get_mime_part(message.get()) : nullptr;
     // The parser keeps the headers that describe the content with the root, and the others with the message.
-    if (!root || headerCount(GMIME_OBJECT(message.get())) + headerCount(root) == 0)
-        throw Refusal{Status::NotAMessage, "the message is not a MIME message: it has no header"};
+    demand(root && headerCount(GMIME_OBJECT(message.get())) + headerCount(root) > 0, Status::NotAMessage,
+           "the message is not a MIME message: it has no header");
 
     MimeMessage split;
     split.subject = textOf(g_mime_message_get_subject(message.get()));
@@ -167,15 +175,15 @@ MimeMessage splitMime(const std::string& source)
         auto* object = pending.back();
         pending.pop_back();
         if (GMIME_IS_MULTIPART(object)) {
-            for (int i = g_mime_multipart_get_count(GMIME_MULTIPART(object)); i > 0; --i)
+            for (int i = g_mime_multipart_get_count(GMIME_MULTIPART(object)); i > 0; --i) {
                 pending.push_back(g_mime_multipart_get_part(GMIME_MULTIPART(object), i - 1));
+            }
         } else {
             split.items.push_back(itemFrom(object, names, format.get()));
         }
     }
     // Also what is left of multiparts nested thousands deep, which the parser gives up on.
-    if (split.items.empty())
-        throw Refusal{Status::NotAMessage, "the message has neither a body nor an attachment"};
+    demand(!split.items.empty(), Status::NotAMessage, "the message has neither a body nor an attachment");
     return split;
 }
 

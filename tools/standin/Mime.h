@@ -27,7 +27,7 @@ struct MimeMessage
     std::vector<MimeItem> items;  // the leaves, in the message's order
 };
 
-// Throws a Refusal for bytes that are no MIME message.
+// Throws a Refusal for bytes that are not a MIME message.
 MimeMessage splitMime(const std::string& source);
 
 } // namespace standin

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace standin {
 
-// A salted, slowed-down hash (PBKDF2 with HMAC-SHA256) as text, salt and rounds included.
-std::string hashPassword(std::string_view password);
-bool verifyPassword(std::string_view password, const std::string& stored);
+// A salted hash of the system's preferred method, at its usual cost. The password has at most limit::password bytes,
+// none of them zero.
+std::string hashPassword(const std::string& password);
+bool verifyPassword(const std::string& password, const std::string& stored);
 
 // 128 random bits as 32 hexadecimal digits: nobody guesses it.
 std::string randomId();

@@ -20,13 +20,19 @@ public:
 
     const std::string& text(Tag tag) const;
     std::vector<std::string> texts(Tag tag) const;
-    bool flag(Tag tag) const;
-    std::int32_t number(Tag tag) const;
-    std::int64_t longNumber(Tag tag) const;
-    StringMap map(Tag tag) const;
+    bool flag(Tag tag) const { return numberOf<std::uint8_t>(tag) != 0; }
+    std::int32_t number(Tag tag) const { return numberOf<std::int32_t>(tag); }
+    std::int64_t longNumber(Tag tag) const { return numberOf<std::int64_t>(tag); }
+    StringMap map(Tag tag) const { return decodeMap(text(tag)); }
 
 private:
     const std::string* find(Tag tag) const;
+    template <class Number>
+    Number numberOf(Tag tag) const
+    {
+        const auto* value = find(tag);
+        return value == nullptr ? Number() : readNumber<Number>(*value);
+    }
 
     Message message_;
 };

@@ -2,175 +2,137 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <utility>
 #include <zlib.h>
 
 namespace standin {
 
 namespace {
 
-// A connection that sent one large request does not hold its memory for ever.
-constexpr std::size_t keptCapacity = 1 << 20;
-
 // Zero for the kinds of any length.
-std::size_t fixedSize(Kind kind)
+constexpr std::size_t fixedSize(Kind kind)
 {
-    switch (kind) {
-    case Kind::Bool:
-        return 1;
-    case Kind::Int:
-        return 4;
-    case Kind::Long:
-        return 8;
-    default:
-        return 0;
-    }
+    return kind == Kind::Bool ? 1 : kind == Kind::Int ? 4 : kind == Kind::Long ? 8 : 0;
+}
+
+std::string hex(std::uint32_t number)
+{
+    std::array<char, 11> text{};
+    std::snprintf(text.data(), text.size(), "0x%08x", number);
+    return text.data();
 }
 
 } // namespace
 
 std::optional<Message> RequestReader::next()
 {
-    while (advance()) {
-        if (step_ != Step::AtVersion)
-            continue;
-        buffer_.erase(0, std::exchange(position_, 0));
-        if (buffer_.capacity() > keptCapacity)
-            buffer_.shrink_to_fit();
-        crc_ = 0;
-        return std::exchange(message_, {});
-    }
-    return std::nullopt;
-}
-
-// One step along the frame; false when it needs bytes that have not arrived.
-bool RequestReader::advance()
-{
-    switch (step_) {
-    case Step::AtVersion: {
-        const auto bytes = take(2);
-        if (!bytes)
-            return false;
-        const auto version = readNumber<std::uint16_t>(*bytes);
-        if (version != protocolVersion)
-            throw WireError(0, "version " + std::to_string(version) + " instead of " + std::to_string(protocolVersion));
-        step_ = Step::AtCode;
-        return true;
-    }
-    case Step::AtCode: {
-        const auto bytes = take(2);
-        if (!bytes)
-            return false;
-        message_.code = readNumber<Tag>(*bytes);
-        command_ = findCommand(message_.code);
-        if (!command_)
-            throw WireError(2, "unknown command " + tagName(message_.code));
-        step_ = Step::AtTag;
-        return true;
-    }
-    case Step::AtTag: {
-        const auto bytes = take(2);
-        if (!bytes)
-            return false;
-        const auto tag = readNumber<Tag>(*bytes);
-        if (tag == endMarker) {
-            step_ = Step::AtCrc;
-            return true;
-        }
-        checkTag(tag);
-        parameter_ = command_->find(tag);
-        step_ = Step::AtLength;
-        return true;
-    }
-    case Step::AtLength:
-        return takeLength();
-    case Step::AtValue:
-        return takeValue();
-    case Step::AtCrc: {
-        const auto computed = crc_;
-        const auto bytes = take(4);
-        if (!bytes)
-            return false;
-        crc_ = computed;
-        checkCrc(readNumber<std::uint32_t>(*bytes));
-        step_ = Step::AtVersion;
-        return true;
-    }
-    }
-    return false;
-}
-
-std::optional<std::string_view> RequestReader::take(std::size_t count)
-{
-    if (buffer_.size() - position_ < count)
+    offset_ = 0;
+    crc_ = 0;
+    if (!hasMore()) {
         return std::nullopt;
-    const auto bytes = std::string_view(buffer_).substr(position_, count);
+    }
+    if (const auto version = takeNumber<std::uint16_t>(); version != protocolVersion) {
+        throw WireError(0, "version " + std::to_string(version) + " instead of " + std::to_string(protocolVersion));
+    }
+    Message message;
+    message.code = takeNumber<Tag>();
+    const auto* command = findCommand(message.code);
+    if (command == nullptr) {
+        throw WireError(2, "unknown command " + tagName(message.code));
+    }
+    for (auto tag = takeNumber<Tag>(); tag != endMarker; tag = takeNumber<Tag>()) {
+        const auto& rule = ruleOf(tag, *command, message);
+        message.parameters.push_back({tag, rule.kind, takeValue(rule)});
+    }
+    const auto computed = crc_;
+    if (const auto received = takeNumber<std::uint32_t>(); received != computed) {
+        throw WireError(offset_ - 4, "CRC " + hex(received) + " instead of " + hex(computed));
+    }
+    return message;
+}
+
+bool RequestReader::hasMore()
+{
+    if (position_ == filled_) {
+        position_ = 0;
+        filled_ = source_.read(block_.data(), block_.size());
+    }
+    return position_ < filled_;
+}
+
+std::string RequestReader::take(std::size_t count)
+{
+    std::string bytes;
+    while (bytes.size() < count) {
+        if (!hasMore()) {
+            throw WireError(offset_ + bytes.size(), "lost in the middle of a request");
+        }
+        const auto size = std::min(count - bytes.size(), filled_ - position_);
+        bytes.append(block_.data() + position_, size);
+        position_ += size;
+    }
     crc_ = static_cast<std::uint32_t>(crc32_z(crc_, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
-    position_ += count;
+    offset_ += count;
     return bytes;
 }
 
-void RequestReader::checkTag(Tag tag) const
+template <class Number>
+Number RequestReader::takeNumber()
 {
-    const auto at = position_ - 2;
-    const auto* rule = command_->find(tag);
-    if (!rule)
-        throw WireError(at, "unknown parameter " + tagName(tag) + " in a " + tagName(message_.code) + " request");
-    if (!rule->repeats && std::ranges::find(message_.parameters, tag, &Parameter::tag) != message_.parameters.end())
+    return readNumber<Number>(take(sizeof(Number)));
+}
+
+const ParameterRule& RequestReader::ruleOf(Tag tag, const CommandRule& command, const Message& message) const
+{
+    const auto at = offset_ - sizeof tag;
+    const auto* rule = command.find(tag);
+    if (rule == nullptr) {
+        throw WireError(at, "unknown parameter " + tagName(tag) + " in a " + tagName(message.code) + " request");
+    }
+    if (!rule->repeats() && std::ranges::find(message.parameters, tag, &Parameter::tag) != message.parameters.end()) {
         throw WireError(at, "parameter " + tagName(tag) + " given twice");
-    if (message_.parameters.size() == maxParameters)
-        throw WireError(at, "more than " + std::to_string(maxParameters) + " parameters");
+    }
+    if (message.parameters.size() == limit::parameters) {
+        throw WireError(at, "more than " + std::to_string(limit::parameters) + " parameters");
+    }
+    return *rule;
 }
 
-bool RequestReader::takeLength()
+std::size_t RequestReader::takeLength(const ParameterRule& rule)
 {
-    const auto bytes = take(4);
-    if (!bytes)
-        return false;
-    const auto at = position_ - 4;
-    const auto length = readNumber<std::int32_t>(*bytes);
-    const auto name = tagName(parameter_->tag);
-    if (length < 0)
-        throw WireError(at, "negative length " + std::to_string(length) + " of " + name);
-    length_ = static_cast<std::size_t>(length);
-    if (length_ > maxRequestSize - std::min(position_, maxRequestSize))
-        throw WireError(at, "length " + std::to_string(length) + " of " + name + " exceeds the limit of " +
-                                std::to_string(maxRequestSize) + " bytes a request");
-    const auto wanted = fixedSize(parameter_->kind);
-    if (wanted != 0 && length_ != wanted)
+    const auto at = offset_;
+    const auto length = takeNumber<std::int32_t>();
+    const auto complaint = "length " + std::to_string(length) + " of " + tagName(rule.tag);
+    if (length < 0) {
+        throw WireError(at, "negative " + complaint);
+    }
+    const auto size = static_cast<std::size_t>(length);
+    if (size > limit::request - std::min(offset_, limit::request)) {
         throw WireError(at,
-                        "length " + std::to_string(length) + " of " + name + " instead of " + std::to_string(wanted));
-    step_ = Step::AtValue;
-    return true;
+                        complaint + " exceeds the limit of " + std::to_string(limit::request) + " bytes for a request");
+    }
+    const auto wanted = fixedSize(rule.kind);
+    if (wanted != 0 && size != wanted) {
+        throw WireError(at, complaint + " instead of " + std::to_string(wanted));
+    }
+    return size;
 }
 
-bool RequestReader::takeValue()
+std::string RequestReader::takeValue(const ParameterRule& rule)
 {
-    const auto at = position_;
-    const auto bytes = take(length_);
-    if (!bytes)
-        return false;
-    if (parameter_->kind == Kind::Bool && readNumber<std::uint8_t>(*bytes) > 1)
-        throw WireError(at, "value of " + tagName(parameter_->tag) + " is neither 0 nor 1");
-    if (parameter_->kind == Kind::Map) {
+    const auto size = takeLength(rule);
+    const auto at = offset_;
+    auto value = take(size);
+    if (rule.kind == Kind::Bool && readNumber<std::uint8_t>(value) > 1) {
+        throw WireError(at, "value of " + tagName(rule.tag) + " is neither 0 nor 1");
+    }
+    if (rule.kind == Kind::Map) {
         try {
-            decodeMap(*bytes);
+            decodeMap(value);
         } catch (const WireError& error) {
-            throw WireError(at + error.offset, tagName(parameter_->tag) + ": " + error.what());
+            throw WireError(at + error.offset, tagName(rule.tag) + ": " + error.what());
         }
     }
-    message_.parameters.push_back({parameter_->tag, parameter_->kind, std::string(*bytes)});
-    step_ = Step::AtTag;
-    return true;
-}
-
-void RequestReader::checkCrc(std::uint32_t received) const
-{
-    if (received == crc_)
-        return;
-    char text[64];
-    std::snprintf(text, sizeof text, "CRC 0x%08x instead of 0x%08x", received, crc_);
-    throw WireError(position_ - 4, text);
+    return value;
 }
 
 } // namespace standin

@@ -3,49 +3,49 @@
 #include "Commands.h"
 #include "Wire.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace standin {
 
-// Takes a connection's bytes as they arrive and cuts them into requests. Only bytes that have arrived are held, so
-// a length that promises gigabytes costs nothing.
+// Where a client's bytes come from.
+class ByteSource
+{
+public:
+    virtual ~ByteSource() = default;
+    // Waits for bytes and returns how many there now are, from 1 to size; 0 at their end.
+    virtual std::size_t read(char* into, std::size_t size) = 0;
+};
+
+// Reads requests one after the other. Memory is taken for bytes that have arrived alone, so a length that promises
+// gigabytes costs nothing.
 class RequestReader
 {
 public:
-    static constexpr std::size_t maxRequestSize = std::size_t{256} << 20;
-    static constexpr std::size_t maxParameters = 100'000;
+    explicit RequestReader(ByteSource& source) : source_(source) {}
 
-    void feed(std::string_view bytes) { buffer_.append(bytes); }
-
-    // The next whole request, or nothing while bytes are missing. Throws WireError, with an offset into the request,
-    // at bytes that can never become one; the reader is of no use after that.
+    // The next whole request; nothing when the bytes end before one begins. Throws WireError, with an offset into the
+    // request, at bytes that are none; the reader is of no use after that.
     std::optional<Message> next();
 
-    // Whether no request has begun.
-    bool idle() const { return buffer_.empty(); }
-
 private:
-    enum class Step { AtVersion, AtCode, AtTag, AtLength, AtValue, AtCrc };
+    bool hasMore();
+    std::string take(std::size_t count);
+    template <class Number>
+    Number takeNumber();
+    const ParameterRule& ruleOf(Tag tag, const CommandRule& command, const Message& message) const;
+    std::size_t takeLength(const ParameterRule& rule);
+    std::string takeValue(const ParameterRule& rule);
 
-    bool advance();
-    std::optional<std::string_view> take(std::size_t count);
-    bool takeLength();
-    bool takeValue();
-    void checkTag(Tag tag) const;
-    void checkCrc(std::uint32_t received) const;
-
-    std::string buffer_;
+    ByteSource& source_;
+    std::array<char, 65536> block_{};
     std::size_t position_ = 0;
+    std::size_t filled_ = 0;
+    std::size_t offset_ = 0; // into the request
     std::uint32_t crc_ = 0;
-    Step step_ = Step::AtVersion;
-    const CommandRule* command_ = nullptr;
-    const ParameterRule* parameter_ = nullptr;
-    std::size_t length_ = 0;
-    Message message_;
 };
 
 } // namespace standin

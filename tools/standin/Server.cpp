@@ -2,28 +2,25 @@
 
 #include "Dispatcher.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
 #include <iostream>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
+#include <thread>
 #include <unistd.h>
 
 namespace standin {
 
 namespace {
 
-constexpr std::size_t maxConnections = 64;
-constexpr timespec farewellTime = {2, 0};
+using namespace std::chrono_literals;
 
-std::ostream& complain(const Connection& connection)
-{
-    return std::cerr << "tarn-standin: connection " << connection.number() << ": ";
-}
+constexpr std::size_t maxConnections = 64;
+constexpr auto farewellTime = 2s;
+constexpr auto complaintInterval = 1s;
+constexpr auto retryInterval = 1s;
 
 [[noreturn]] void failToListen(const std::string& where)
 {
@@ -31,20 +28,28 @@ std::ostream& complain(const Connection& connection)
     throw ListenError("cannot listen on " + where + ": " + why);
 }
 
+void complain(const Connection& connection, const std::string& text)
+{
+    // One insertion, so that the lines of several threads do not mix.
+    std::cerr << "tarn-standin: connection " + std::to_string(connection.number()) + ": " + text + "; closed\n";
+}
+
 } // namespace
 
-Server::Server(std::uint16_t port, Context& context, Trace& trace)
-    : listener_(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)), context_(context), trace_(trace)
+Server::Server(Context& context, Trace& trace)
+    : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), context_(context), trace_(trace)
 {
+    const auto port = context.settings.port;
     const auto where = "127.0.0.1:" + std::to_string(port);
+    if (listener_ < 0) {
+        failToListen(where);
+    }
     const int on = 1;
+    setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (listener_ < 0)
-        failToListen(where);
-    setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     if (bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         listen(listener_, SOMAXCONN) != 0) {
         const int error = errno;
@@ -67,87 +72,124 @@ std::uint16_t Server::port() const
     return ntohs(address.sin_port);
 }
 
-void Server::run(const volatile std::sig_atomic_t& stopSignal)
+void Server::run(const sigset_t& ending)
 {
-    sigset_t allSignals;
-    sigemptyset(&allSignals);
-    const auto hasOutput = [](const auto& connection) { return connection->hasOutput(); };
-    while (!stopSignal && !(context_.stopping && std::ranges::none_of(connections_, hasOutput))) {
-        std::vector<pollfd> polled;
-        for (const auto& connection : connections_) {
-            const short input = context_.stopping ? 0 : POLLIN;
-            polled.push_back({connection->socket(), connection->hasOutput() ? short{POLLOUT} : input, 0});
-        }
-        polled.push_back({listener_, short{POLLIN}, 0});
-        const auto* limit = context_.stopping ? &farewellTime : nullptr;
-        const int ready = ppoll(polled.data(), polled.size(), limit, &allSignals);
-        if (ready == 0)
-            return;
-        if (ready < 0) {
-            if (errno == EINTR)
-                continue;
-            throw std::runtime_error(std::string("waiting for clients failed: ") + std::strerror(errno));
-        }
-        // From the last to the first, so that a connection can be erased without moving those still to be served.
-        for (auto i = connections_.size(); i > 0; --i)
-            if (polled[i - 1].revents != 0 && !serve(*connections_[i - 1], (polled[i - 1].revents & POLLOUT) == 0))
-                connections_.erase(connections_.begin() + static_cast<std::ptrdiff_t>(i - 1));
-        if (polled.back().revents != 0 && !context_.stopping)
-            acceptClients();
-        context_.connectionsOpen = static_cast<std::int32_t>(connections_.size());
+    std::thread acceptor(&Server::acceptClients, this);
+    int signal = 0;
+    sigwait(&ending, &signal);
+    {
+        const std::lock_guard lock(mutex_);
+        context_.stopping = true;
     }
+    changed_.notify_all();
+    shutdown(listener_, SHUT_RDWR);
+    acceptor.join();
+    endConnections();
 }
 
 void Server::acceptClients()
 {
-    const int socket = accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-    if (socket < 0)
-        return;
-    const int on = 1;
-    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    auto connection = std::make_unique<Connection>(socket, ++lastNumber_);
-    if (connections_.size() == maxConnections) {
-        complain(*connection) << "refused, there are " << maxConnections << " already" << std::endl;
-        return;
+    while (!context_.stopping) {
+        const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+        if (socket >= 0) {
+            takeIn(socket);
+        } else if (!context_.stopping && errno != ECONNABORTED && errno != EINTR) {
+            // Out of descriptors or memory, as a rule: somebody has to leave first.
+            complainAboutNewcomer(std::string("clients have to wait: ") + std::strerror(errno));
+            std::unique_lock lock(mutex_);
+            const auto before = connections_.size();
+            changed_.wait_for(lock, retryInterval, [&] { return context_.stopping || connections_.size() < before; });
+        }
     }
-    context_.connectionsTotal = lastNumber_;
-    connections_.push_back(std::move(connection));
 }
 
-// False when the connection is to be closed.
-bool Server::serve(Connection& connection, bool readable)
+void Server::takeIn(int socket)
+{
+    std::unique_lock lock(mutex_);
+    if (connections_.size() == maxConnections) {
+        close(socket);
+        complainAboutNewcomer("a client is refused: there are " + std::to_string(maxConnections) + " already");
+        return;
+    }
+    const int number = ++context_.connectionsTotal;
+    auto& connection = connections_.try_emplace(number, socket, number, context_.settings.idleLimit).first->second;
+    ++context_.connectionsOpen;
+    try {
+        std::thread(&Server::serve, this, std::ref(connection)).detach();
+    } catch (const std::system_error& error) {
+        complainAboutNewcomer(std::string("a client is refused: ") + error.what());
+        --context_.connectionsOpen;
+        connections_.erase(number);
+    }
+}
+
+// Clients that come again and again must not fill the terminal, or the disk that a log is on.
+void Server::complainAboutNewcomer(const std::string& why)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (now - complained_ >= complaintInterval) {
+        std::cerr << "tarn-standin: " + why + "\n";
+        complained_ = now;
+    }
+}
+
+void Server::serve(Connection& connection)
 {
     try {
-        if (!readable)
-            return connection.sendMore() && answerRequests(connection);
-        if (!connection.receive()) {
-            if (!connection.reader().idle())
-                complain(connection) << "lost in the middle of a request" << std::endl;
-            return false;
-        }
-        return answerRequests(connection);
+        answerRequests(connection);
     } catch (const WireError& error) {
-        complain(connection) << "bad request, byte " << error.offset << ": " << error.what() << "; closed" << std::endl;
+        complain(connection, "bad request, byte " + std::to_string(error.offset) + ": " + error.what());
+    } catch (const ConnectionError& error) {
+        connection.resetAtClose();
+        complain(connection, error.what());
     } catch (const std::exception& error) {
-        complain(connection) << error.what() << "; closed" << std::endl;
+        complain(connection, error.what());
     }
-    return false;
+    const std::lock_guard lock(mutex_);
+    --context_.connectionsOpen;
+    connections_.erase(connection.number());
+    changed_.notify_all();
 }
 
-bool Server::answerRequests(Connection& connection)
+void Server::answerRequests(Connection& connection)
 {
-    while (!connection.hasOutput() && !context_.stopping) {
-        auto message = connection.reader().next();
-        if (!message)
-            return true;
+    const auto& faults = context_.settings.faults;
+    RequestReader reader(connection);
+    int replies = 0;
+    while (!context_.stopping) {
+        auto message = reader.next();
+        if (!message || context_.stopping) {
+            return;
+        }
         const Request request(std::move(*message));
         trace_.request(connection.number(), request.message());
+        if (replies++ == faults.repliesBeforeReset) {
+            connection.resetAtClose();
+            return;
+        }
         const auto reply = dispatch(request, context_);
+        connection.wait(faults.delay);
         trace_.reply(connection.number(), reply.message());
-        if (!connection.send(encodeFrame(reply.message())))
-            return false;
+        connection.send(encodeFrame(reply.message()));
     }
-    return true;
+    kill(getpid(), SIGTERM);
+}
+
+// Replies under way are given some time.
+void Server::endConnections()
+{
+    std::unique_lock lock(mutex_);
+    for (auto& [number, connection] : connections_) {
+        connection.endReading();
+    }
+    const auto haveEnded = [this] { return connections_.empty(); };
+    if (changed_.wait_for(lock, farewellTime, haveEnded)) {
+        return;
+    }
+    for (auto& [number, connection] : connections_) {
+        connection.endAll();
+    }
+    changed_.wait(lock, haveEnded);
 }
 
 } // namespace standin

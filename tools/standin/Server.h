@@ -4,11 +4,14 @@
 #include "Handlers.h"
 #include "Trace.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <cstdint>
-#include <memory>
+#include <map>
+#include <mutex>
 #include <stdexcept>
-#include <vector>
+#include <string>
 
 namespace standin {
 
@@ -18,30 +21,35 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Serves all connections from one loop that waits on all sockets at once: a client that stalls holds up nobody.
+// Serves each connection in a thread of its own: a client that stalls holds up nobody.
 class Server
 {
 public:
-    // Listens on the loopback interface; port 0 takes any free one.
-    Server(std::uint16_t port, Context& context, Trace& trace);
+    // Listens on the loopback interface, at the port of the settings.
+    Server(Context& context, Trace& trace);
     ~Server();
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
     std::uint16_t port() const;
-    // Until the flag is set by a signal that is let through only while waiting, or a client stops the daemon.
-    void run(const volatile std::sig_atomic_t& stopSignal);
+    // Until one of the signals comes, which the caller has blocked. A stop request sends the process SIGTERM.
+    void run(const sigset_t& ending);
 
 private:
     void acceptClients();
-    bool serve(Connection& connection, bool readable);
-    bool answerRequests(Connection& connection);
+    void takeIn(int socket);
+    void complainAboutNewcomer(const std::string& why);
+    void serve(Connection& connection);
+    void answerRequests(Connection& connection);
+    void endConnections();
 
     int listener_;
-    int lastNumber_ = 0;
     Context& context_;
     Trace& trace_;
-    std::vector<std::unique_ptr<Connection>> connections_;
+    std::chrono::steady_clock::time_point complained_{};
+    std::mutex mutex_; // of what follows
+    std::condition_variable changed_;
+    std::map<int, Connection> connections_;
 };
 
 } // namespace standin

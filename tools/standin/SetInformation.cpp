@@ -1,5 +1,7 @@
+#include "Accounts.h"
 #include "Configuration.h"
 #include "Handlers.h"
+#include "Messages.h"
 #include "Texts.h"
 #include "TrackingRecords.h"
 
@@ -20,10 +22,19 @@ struct Selection
     }
 };
 
+Statement prepare(Database& database, const std::string& sql, const std::vector<std::string>& values)
+{
+    Statement statement(database, sql);
+    int index = 0;
+    for (const auto& value : values) {
+        statement.bind(++index, value);
+    }
+    return statement;
+}
+
 Selection selectionOf(const StringMap& wanted)
 {
-    if (wanted.empty())
-        throw Refusal{Status::Missing, "no field says which records to change"};
+    demand(!wanted.empty(), Status::Missing, "no field says which records to change");
     Selection selection;
     for (const auto& [name, value] : wanted) {
         const auto& field = trackingField(name);
@@ -35,7 +46,7 @@ Selection selectionOf(const StringMap& wanted)
     return selection;
 }
 
-std::int64_t change(const Request& request, Database& database, const Selection& selection)
+int change(const Request& request, Database& database, const Selection& selection)
 {
     std::string sql = "UPDATE recipients SET modified = ?";
     std::vector<std::string> values = {std::to_string(nowMillis())};
@@ -43,23 +54,24 @@ std::int64_t change(const Request& request, Database& database, const Selection&
         sql += ", " + std::string(column) + " = ?";
         values.push_back(std::move(value));
     };
-    if (request.has(tag("ls")))
+    if (request.has(tag("ls"))) {
         set("locked", request.flag(tag("ls")) ? "1" : "0");
-    if (request.has(tag("sm")))
+    }
+    if (request.has(tag("sm"))) {
         set("statusMessage", request.text(tag("sm")));
-    if (request.has(tag("ed")))
+    }
+    if (request.has(tag("ed"))) {
         set("expires", std::to_string(request.longNumber(tag("ed"))));
-    sql += " WHERE serial IN (SELECT r.serial" + std::string(trackingTables) + "WHERE " + selection.condition + ")";
+    }
+    sql += " WHERE serial IN (SELECT r.serial" + trackingTables + "WHERE " + selection.condition + ")";
     values.insert(values.end(), selection.values.begin(), selection.values.end());
-    database.prepare(sql).bindAll(values).step();
-    return database.changes();
+    return prepare(database, sql, values).exec();
 }
 
 Reply changed(const Request& request, Database& database, const Selection& selection)
 {
     const auto count = change(request, database, selection);
-    if (count == 0)
-        throw Refusal{Status::NothingMatched, "no tracking record matches"};
+    demand(count != 0, Status::NothingMatched, "no tracking record matches");
     return Reply(request.code(), Status::Ok,
                  std::to_string(count) + (count == 1 ? " record changed" : " records changed"));
 }
@@ -67,13 +79,13 @@ Reply changed(const Request& request, Database& database, const Selection& selec
 Reply setForRecipient(const Request& request, Database& database)
 {
     const auto recipient = normalAddress(request.text(tag("to")));
-    if (recipient.empty())
-        throw Refusal{Status::Missing, "no recipient came"};
-    const auto message = trackedMessage(request, database);
+    demand(!recipient.empty(), Status::Missing, "no recipient came");
+    const auto message = Messages(database).ofEnvelope(request.text(tag("en")));
     Accounts accounts(database);
     const auto verdict = authenticateOwner(request, accounts, message.sender);
-    if (verdict.status != Status::Ok)
-        return trackingRefusal(request, verdict);
+    if (verdict.status != Status::Ok) {
+        return {request.code(), verdict};
+    }
     Selection selection;
     selection.add("m.id", message.id);
     selection.add("r.address", recipient);
@@ -85,29 +97,28 @@ Reply setForSelection(const Request& request, Database& database)
 {
     auto selection = selectionOf(request.map(tag("ri")));
     std::vector<std::string> senders;
-    auto rows =
-        database.prepare("SELECT DISTINCT m.sender" + std::string(trackingTables) + "WHERE " + selection.condition);
-    rows.bindAll(selection.values);
-    while (rows.step())
-        senders.push_back(rows.text(0));
-    if (senders.empty())
-        throw Refusal{Status::NothingMatched, "no tracking record matches"};
+    auto rows = prepare(database, "SELECT DISTINCT m.sender" + trackingTables + "WHERE " + selection.condition,
+                        selection.values);
+    while (rows.executeStep()) {
+        senders.push_back(rows.getColumn(0));
+    }
+    demand(!senders.empty(), Status::NothingMatched, "no tracking record matches");
 
     Accounts accounts(database);
     std::string owner = senders.front();
     if (senders.size() == 1) {
         const auto verdict = authenticateOwner(request, accounts, owner);
-        if (verdict.status != Status::Ok)
-            return trackingRefusal(request, verdict);
+        if (verdict.status != Status::Ok) {
+            return {request.code(), verdict};
+        }
     } else if (request.text(tag("ky")).empty()) {
-        return trackingRefusal(request, {Status::PasswordNeeded, "the password of the sender is needed"});
+        return {request.code(), Status::PasswordNeeded, "the password of the sender is needed"};
     } else {
         const auto owners = accounts.owners(senders, request.text(tag("ky")));
-        if (owners.empty())
-            return trackingRefusal(request,
-                                   {Status::WrongPassword, "the password is that of no sender of these messages"});
-        if (owners.size() > 1)
-            throw Refusal{Status::BadValue, "the records are of several senders: add the field \"from\""};
+        if (owners.empty()) {
+            return {request.code(), Status::WrongPassword, "the password is that of no sender of these messages"};
+        }
+        demand(owners.size() <= 1, Status::BadValue, "the records are of several senders: add the field \"from\"");
         owner = owners.front();
     }
     selection.add("m.sender", owner);
@@ -118,9 +129,8 @@ Reply setForSelection(const Request& request, Database& database)
 
 Reply setInformation(const Request& request, Context& context)
 {
-    namedConfiguration(request.text(tag("ep")));
-    if (request.longNumber(tag("ed")) < 0)
-        throw Refusal{Status::BadValue, "the expiry date lies before 1970"};
+    namedConfiguration(request, context);
+    demand(request.longNumber(tag("ed")) >= 0, Status::BadValue, "the expiry date lies before 1970");
     return request.has(tag("ri")) ? setForSelection(request, context.database)
                                   : setForRecipient(request, context.database);
 }

@@ -34,6 +34,7 @@ enum class Status : std::int16_t {
     NotAMessage = 108,
     StoreFailed = 109,
     InternalError = 110,
+    TooLarge = 111,
     SessionKeyInvalid = 200,
 };
 
@@ -43,6 +44,28 @@ struct Refusal
 {
     Status status;
     std::string message;
+};
+
+// Throws the Refusal unless the condition holds.
+inline void demand(bool condition, Status status, const std::string& message)
+{
+    if (!condition) {
+        throw Refusal{status, message};
+    }
+}
+
+inline void demandAtMost(std::size_t allowed, std::size_t size, const std::string& ofWhat)
+{
+    demand(size <= allowed, Status::TooLarge,
+           ofWhat + ": " + std::to_string(size) + ", and at most " + std::to_string(allowed) + " allowed");
+}
+
+// What a check of an account or its password came to.
+struct Verdict
+{
+    Status status = Status::Ok;
+    std::string message;
+    std::int64_t secondsToWait = 0;
 };
 
 } // namespace standin

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,6 +17,9 @@ std::string_view trimmed(std::string_view text);
 std::string normalAddress(std::string_view address);
 // something@something, without blanks, control characters or the separators of address lists.
 bool isAddress(std::string_view address);
+
+// The beginning of a UTF-8 text, of at most maxSize bytes, that does not end inside a character.
+std::string_view cutText(std::string_view text, std::size_t maxSize);
 
 std::string escapeHtml(std::string_view text);
 

@@ -2,11 +2,12 @@
 
 #include "Wire.h"
 
+#include <mutex>
 #include <string_view>
 
 namespace standin {
 
-// Prints requests and replies to standard output, a line for each parameter. Secrets are masked.
+// Prints requests and replies to standard output, one line for each. Secrets are masked.
 class Trace
 {
 public:
@@ -18,6 +19,7 @@ public:
 private:
     void print(int connection, std::string_view direction, const Message& message);
 
+    std::mutex mutex_;
     bool on_;
 };
 

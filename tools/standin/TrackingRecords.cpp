@@ -1,10 +1,7 @@
 #include "TrackingRecords.h"
 
-#include "Envelope.h"
-
 #include <algorithm>
 #include <array>
-#include <utility>
 
 namespace standin {
 
@@ -44,33 +41,15 @@ std::span<const TrackingField> trackingFields()
 const TrackingField& trackingField(const std::string& name)
 {
     const auto field = std::ranges::find(fields, std::string_view(name), &TrackingField::name);
-    if (field == fields.end())
-        throw Refusal{Status::BadValue, "\"" + name + "\" is no field of a tracking record"};
+    demand(field != fields.end(), Status::BadValue, "\"" + name + "\" is not a field of a tracking record");
     return *field;
-}
-
-Reply trackingRefusal(const Request& request, const Verdict& verdict)
-{
-    Reply reply(request.code(), verdict.status, verdict.message);
-    if (verdict.status == Status::TooManyTries)
-        reply.longNumber(tag("se"), verdict.secondsToWait);
-    return reply;
 }
 
 Verdict authenticateOwner(const Request& request, Accounts& accounts, const std::string& owner)
 {
     const auto& password = request.text(tag("ky"));
-    if (password.empty())
-        return {Status::PasswordNeeded, "the password of the sender is needed"};
-    return accounts.authenticate(owner, password);
-}
-
-StoredMessage trackedMessage(const Request& request, Database& database)
-{
-    auto message = Messages(database).find(readEnvelope(request.text(tag("en"))));
-    if (!message)
-        throw Refusal{Status::UnknownEnvelope, "the message of this envelope is not in the store"};
-    return std::move(*message);
+    return password.empty() ? Verdict{Status::PasswordNeeded, "the password of the sender is needed"}
+                            : accounts.authenticate(owner, password);
 }
 
 } // namespace standin

@@ -1,8 +1,6 @@
 #pragma once
 
 #include "Accounts.h"
-#include "Messages.h"
-#include "Reply.h"
 #include "Request.h"
 
 #include <span>
@@ -24,12 +22,9 @@ std::span<const TrackingField> trackingFields();
 // Throws a Refusal for a name that is none of them.
 const TrackingField& trackingField(const std::string& name);
 
-inline constexpr std::string_view trackingTables = " FROM recipients r JOIN messages m ON m.id = r.message ";
+inline const std::string trackingTables = " FROM recipients r JOIN messages m ON m.id = r.message ";
 
-// The message of the envelope in 'en'; a Refusal when there is none.
-StoredMessage trackedMessage(const Request& request, Database& database);
 // Whether the password in 'ky' is the owner's.
 Verdict authenticateOwner(const Request& request, Accounts& accounts, const std::string& owner);
-Reply trackingRefusal(const Request& request, const Verdict& verdict);
 
 } // namespace standin

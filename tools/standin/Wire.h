@@ -24,7 +24,8 @@ constexpr Tag tag(const char (&letters)[3])
 inline constexpr std::uint16_t protocolVersion = 7;
 inline constexpr Tag endMarker = 0xCEDE;
 
-enum class Kind { Text, Bool, Short, Int, Long, Double, Map, Array, Items };
+// Secret and Recipient are texts: one is shown to nobody, the other may come several times in a request.
+enum class Kind { Text, Secret, Recipient, Bool, Short, Int, Long, Double, Map, Array, Items };
 
 struct Parameter
 {
@@ -39,7 +40,7 @@ struct Message
     std::vector<Parameter> parameters;
 };
 
-// Bytes that break the format, and where they stand.
+// Bytes that break the format, and where they are.
 class WireError : public std::runtime_error
 {
 public:
@@ -51,8 +52,17 @@ template <class Number>
 void appendNumber(std::string& out, Number number)
 {
     const auto bits = static_cast<std::make_unsigned_t<Number>>(number);
-    for (std::size_t shift = sizeof(Number) * 8; shift > 0; shift -= 8)
+    for (std::size_t shift = sizeof(Number) * 8; shift > 0; shift -= 8) {
         out.push_back(static_cast<char>(static_cast<std::uint64_t>(bits) >> (shift - 8) & 0xFF));
+    }
+}
+
+template <class Number>
+std::string encodeNumber(Number number)
+{
+    std::string bytes;
+    appendNumber(bytes, number);
+    return bytes;
 }
 
 // Reads from the first bytes of text, which must hold enough of them.
@@ -60,8 +70,9 @@ template <class Number>
 Number readNumber(std::string_view text)
 {
     std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < sizeof(Number); ++i)
+    for (std::size_t i = 0; i < sizeof(Number); ++i) {
         bits = bits << 8 | static_cast<unsigned char>(text[i]);
+    }
     return static_cast<Number>(bits);
 }
 
@@ -72,10 +83,13 @@ std::string encodeMap(const StringMap& map);
 // Demands exact lengths and strictly ascending keys; throws WireError with an offset into value.
 StringMap decodeMap(std::string_view value);
 std::string encodeArray(const std::vector<std::string>& items);
+// What an array of a reply holds, as views into value.
+std::vector<std::string_view> decodeArray(std::string_view value);
 
 std::string encodeFrame(const Message& message);
 
-// The two letters, or the number in hexadecimal where they are not printable.
+std::string lettersOf(Tag tag);
+// The two letters in quotes, or the number in hexadecimal where they are not printable.
 std::string tagName(Tag tag);
 
 } // namespace standin

@@ -1,6 +1,5 @@
 #include "Accounts.h"
 #include "Configuration.h"
-#include "Envelope.h"
 #include "Handlers.h"
 #include "Messages.h"
 #include "Mime.h"
@@ -17,12 +16,8 @@ constexpr std::int32_t sensitivityUnknown = -1;
 std::string tocEntry(const MimeItem& item)
 {
     std::string entry;
-    std::string number;
-    appendNumber(number, item.type);
-    appendParameter(entry, tag("ty"), number);
-    number.clear();
-    appendNumber(number, item.flags);
-    appendParameter(entry, tag("fl"), number);
+    appendParameter(entry, tag("ty"), encodeNumber(item.type));
+    appendParameter(entry, tag("fl"), encodeNumber(item.flags));
     const auto lastSlash = item.name.find_last_of("/\\");
     appendParameter(entry, tag("fn"), lastSlash == std::string::npos ? item.name : item.name.substr(lastSlash + 1));
     appendParameter(entry, tag("on"), item.name);
@@ -43,26 +38,33 @@ public:
     Reply run()
     {
         const bool bySessionKey = identifyByKey();
-        if (!bySessionKey && !sessionKey().empty() && password().empty())
+        if (!bySessionKey && !sessionKey().empty() && password().empty()) {
             return refuse({Status::SessionKeyInvalid, "the session key is not valid or has expired"});
+        }
         bool authenticated = bySessionKey;
         if (who_.empty() && !password().empty()) {
-            if (!identifyByPassword())
+            if (!identifyByPassword()) {
                 return refuse({Status::WrongPassword, "the password is that of no recipient, nor the sender's"});
+            }
             authenticated = true;
         }
-        if (who_.empty())
+        if (who_.empty()) {
             return refuse({Status::PasswordNeeded, "a password is needed"});
+        }
 
         auto verdict = access();
-        if (verdict.status == Status::Ok)
+        if (verdict.status == Status::Ok) {
             verdict = accounts_.standing(who_);
-        if (verdict.status == Status::Ok && !authenticated)
+        }
+        if (verdict.status == Status::Ok && !authenticated) {
             verdict = password().empty() ? whatIsNeeded() : accounts_.authenticate(who_, password());
-        if (verdict.status == Status::Ok)
+        }
+        if (verdict.status == Status::Ok) {
             return open();
-        if (!password().empty() || bySessionKey)
+        }
+        if (!password().empty() || bySessionKey) {
             messages_.noteFailed(message_.id, who_);
+        }
         return refuse(verdict);
     }
 
@@ -73,11 +75,13 @@ private:
     bool identifyByKey()
     {
         who_ = normalAddress(request_.text(tag("to")));
-        if (sessionKey().empty())
+        if (sessionKey().empty()) {
             return false;
+        }
         const auto holder = messages_.keyHolder(message_.id, sessionKey());
-        if (!holder || (!who_.empty() && *holder != who_))
+        if (!holder || (!who_.empty() && *holder != who_)) {
             return false;
+        }
         who_ = *holder;
         return true;
     }
@@ -85,51 +89,51 @@ private:
     bool identifyByPassword()
     {
         std::vector<std::string> candidates;
-        for (const auto& recipient : message_.recipients)
+        for (const auto& recipient : message_.recipients) {
             candidates.push_back(recipient.address);
-        if (!message_.isFor(message_.sender))
+        }
+        if (!message_.isFor(message_.sender)) {
             candidates.push_back(message_.sender);
+        }
         const auto owners = accounts_.owners(candidates, password());
-        if (owners.empty())
-            return false;
-        who_ = owners.front();
-        return true;
+        who_ = owners.empty() ? "" : owners.front();
+        return !owners.empty();
     }
 
     // Whether the message is meant for the asker, and still open to him.
     Verdict access() const
     {
         const auto tracking = messages_.tracking(message_.id, who_);
-        if (!tracking) {
-            if (who_ == message_.sender)
-                return {};
+        if (!tracking && who_ != message_.sender) {
             return {Status::NotARecipient, "the message is not for this address"};
         }
-        if (tracking->locked && !tracking->statusMessage.empty())
-            return {Status::LockedWithMessage, tracking->statusMessage};
-        if (tracking->locked)
-            return {Status::Locked, "the sender has locked the message"};
-        if (tracking->expires != 0 && tracking->expires <= nowMillis())
-            return {Status::Expired, "the message has expired"};
-        return {};
+        if (!tracking) {
+            return {};
+        }
+        if (tracking->locked != 0) {
+            return tracking->statusMessage.empty() ? Verdict{Status::Locked, "the sender has locked the message"}
+                                                   : Verdict{Status::LockedWithMessage, tracking->statusMessage};
+        }
+        const bool expired = tracking->expires != 0 && tracking->expires <= nowMillis();
+        return expired ? Verdict{Status::Expired, "the message has expired"} : Verdict();
     }
 
     // The answer to a question without a password, and to an empty password.
     Verdict whatIsNeeded() const
     {
-        if (messages_.isKeptOpen(message_.id, who_))
+        if (messages_.isKeptOpen(message_.id, who_)) {
             return {Status::SessionKeyAlive, "the message is kept open: its session key or the password opens it"};
-        if (who_ == message_.sender)
+        }
+        if (who_ == message_.sender) {
             return {Status::AskedBySender, "this address sent the message: its own password opens it"};
+        }
         return {Status::PasswordNeeded, "a password is needed"};
     }
 
     Reply refuse(const Verdict& verdict)
     {
-        Reply reply(request_.code(), verdict.status, verdict.message);
+        Reply reply(request_.code(), verdict);
         reply.text(tag("id"), message_.id).number(tag("ms"), message_.sensitivity).text(tag("fm"), message_.sender);
-        if (verdict.status == Status::TooManyTries)
-            reply.longNumber(tag("se"), verdict.secondsToWait);
         if (verdict.status == Status::NotEnrolled || verdict.status == Status::EnrollmentUnfinished) {
             const auto id = accounts_.enrollmentId(who_);
             reply.text(tag("uu"), id).text(tag("lk"), Accounts::enrollmentLink(id));
@@ -141,12 +145,13 @@ private:
     {
         messages_.noteOpened(message_.id, who_);
         std::vector<std::string> entries;
-        for (const auto& item : splitMime(messages_.mimeOf(message_.id)).items)
+        for (const auto& item : splitMime(messages_.mimeOf(message_.id)).items) {
             entries.push_back(tocEntry(item));
+        }
         Reply reply(request_.code(), Status::Ok, "opened for " + who_);
         reply.text(tag("id"), message_.id)
             .number(tag("ms"), message_.sensitivity)
-            .text(tag("ku"), request_.flag(tag("po")) ? messages_.keepOpen(message_.id, who_) : "")
+            .secret(tag("ku"), request_.flag(tag("po")) ? messages_.keepOpen(message_.id, who_) : "")
             .map(tag("ec"), message_.configuration)
             .text(tag("fm"), message_.sender)
             .text(tag("sj"), message_.subject)
@@ -176,20 +181,19 @@ Reply listRecipients(const Request& request, const StoredMessage& message)
 
 Reply openEnvelope(const Request& request, Context& context)
 {
-    std::optional<StoredMessage> message;
+    StoredMessage message;
     try {
-        namedConfiguration(request.text(tag("ep")));
-        message = Messages(context.database).find(readEnvelope(request.text(tag("en"))));
-        if (!message)
-            throw Refusal{Status::UnknownEnvelope, "the message of this envelope is not in the store"};
+        namedConfiguration(request, context);
+        message = Messages(context.database).ofEnvelope(request.text(tag("en")));
     } catch (const Refusal& refusal) {
         return Reply(request.code(), refusal.status, refusal.message).number(tag("ms"), sensitivityUnknown);
     }
     const bool asksForRecipients =
         request.flag(tag("po")) && !request.has(tag("ky")) && !request.has(tag("to")) && !request.has(tag("sk"));
-    if (asksForRecipients)
-        return listRecipients(request, *message);
-    return Opening(request, context.database, std::move(*message)).run();
+    if (asksForRecipients) {
+        return listRecipients(request, message);
+    }
+    return Opening(request, context.database, std::move(message)).run();
 }
 
 } // namespace standin

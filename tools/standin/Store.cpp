@@ -1,17 +1,21 @@
-#include "Schema.h"
+#include "Store.h"
 
 #include "Accounts.h"
-#include "Database.h"
-#include "Password.h"
 
 #include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace standin {
 
 namespace {
 
+constexpr int busyTimeoutMillis = 1000;
 constexpr std::int64_t applicationId = 0x5441524E; // "TARN"
-constexpr std::int64_t schemaVersion = 1;
+constexpr std::int64_t schemaVersion = 2;
 
 // Dates are milliseconds since 1970 UTC, 0 for never.
 constexpr std::array tables = {
@@ -36,49 +40,68 @@ constexpr std::array tables = {
     " address TEXT NOT NULL, expires INTEGER NOT NULL)",
 };
 
-struct ReadyMade
+// Makes the file, so that nobody else can read it. SQLite would take a device or a pipe for a file.
+void prepareFile(const std::string& path)
 {
-    const char* address;
-    const char* name;
-    const char* locale;
-    const char* password;
-    AccountState state;
-};
-
-constexpr std::array readyMade = {
-    ReadyMade{"alice@example.com", "Alice", "en", "wonderland", AccountState::Active},
-    ReadyMade{"bob@example.com", "Bob", "de", "builder", AccountState::Active},
-    ReadyMade{"carol@example.com", "Carol", "fr", "caravan", AccountState::Active},
-    ReadyMade{"dave@example.com", "Dave", "en", "doorstop", AccountState::Disabled},
-};
+    const int file = open(path.c_str(), O_RDONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    struct stat info = {};
+    if (file < 0 || fstat(file, &info) != 0) {
+        throw StoreError(std::strerror(errno));
+    }
+    close(file);
+    if (!S_ISREG(info.st_mode)) {
+        throw StoreError("not a regular file");
+    }
+}
 
 std::int64_t pragma(Database& database, const std::string& name)
 {
-    auto statement = database.query("PRAGMA " + name);
-    return statement.step() ? statement.number(0) : 0;
+    return database.execAndGet("PRAGMA " + name).getInt64();
+}
+
+void demandSoundness(Database& database)
+{
+    const auto answer = database.execAndGet("PRAGMA quick_check(1)").getString();
+    if (answer != "ok") {
+        throw StoreError("damaged: " + answer);
+    }
+}
+
+void makeTables(Database& database)
+{
+    for (const char* table : tables) {
+        execute(database, table);
+    }
+    execute(database, "PRAGMA application_id = " + std::to_string(applicationId));
+    execute(database, "PRAGMA user_version = " + std::to_string(schemaVersion));
 }
 
 } // namespace
 
-void makeSchema(Database& database)
+Database openStore(const std::string& path)
 {
-    auto anyTable = database.query("SELECT 1 FROM sqlite_master LIMIT 1");
-    if (anyTable.step()) {
-        if (pragma(database, "application_id") != applicationId)
-            throw StoreError("a database of another program");
-        if (pragma(database, "user_version") != schemaVersion)
-            throw StoreError("a store of another version of tarn-standin");
-        return;
+    if (!path.empty()) {
+        prepareFile(path);
     }
-    for (const char* table : tables)
-        database.execute(table);
-    for (const auto& account : readyMade)
-        database.execute("INSERT INTO accounts (address, name, locale, password, state) VALUES (?, ?, ?, ?, ?)",
-                         std::string_view(account.address), std::string_view(account.name),
-                         std::string_view(account.locale), hashPassword(account.password),
-                         static_cast<std::int64_t>(account.state));
-    database.execute("PRAGMA application_id = " + std::to_string(applicationId));
-    database.execute("PRAGMA user_version = " + std::to_string(schemaVersion));
+    Database database(path.empty() ? ":memory:" : path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE,
+                      busyTimeoutMillis);
+    demandSoundness(database);
+    database.exec("PRAGMA synchronous = NORMAL");
+    database.exec("PRAGMA foreign_keys = ON");
+    Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    if (query(database, "SELECT 1 FROM sqlite_master LIMIT 1").executeStep()) {
+        if (pragma(database, "application_id") != applicationId) {
+            throw StoreError("a database of another program");
+        }
+        if (pragma(database, "user_version") != schemaVersion) {
+            throw StoreError("a store of another version of tarn-standin");
+        }
+    } else {
+        makeTables(database);
+        Accounts(database).addReadyMade();
+    }
+    transaction.commit();
+    return database;
 }
 
 } // namespace standin

@@ -1,6 +1,7 @@
 #include "Accounts.h"
 #include "Configuration.h"
 #include "Handlers.h"
+#include "Limits.h"
 #include "Texts.h"
 
 namespace standin {
@@ -9,13 +10,16 @@ namespace {
 
 std::string senderProblem(const std::string& sender, Database& database)
 {
-    if (sender.empty())
+    if (sender.empty()) {
         return "is missing";
-    if (!isAddress(sender))
+    }
+    if (!isAddress(sender)) {
         return "is not an e-mail address";
+    }
     const auto account = Accounts(database).find(sender);
-    if (!account)
+    if (!account) {
         return "has no account";
+    }
     return account->state == AccountState::Active ? "" : "has an account that is not active";
 }
 
@@ -23,26 +27,32 @@ std::string senderProblem(const std::string& sender, Database& database)
 
 Reply verifyConfiguration(const Request& request, Context& context)
 {
-    const auto& path = request.text(tag("ep"));
     StringMap problems;
     Status status = Status::ConfigurationWrong;
-    if (!path.empty()) {
+    if (!request.text(tag("ep")).empty()) {
         try {
-            problems = configurationProblems(readConfiguration(path));
+            problems = configurationProblems(namedConfiguration(request, context));
         } catch (const Refusal& refusal) {
             problems["file"] = refusal.message;
             status = refusal.status;
         }
     }
-    if (auto problem = senderProblem(normalAddress(request.text(tag("fm"))), context.database); !problem.empty())
+    if (auto problem = senderProblem(normalAddress(request.text(tag("fm"))), context.database); !problem.empty()) {
         problems["sender"] = std::move(problem);
+    }
 
-    if (problems.empty())
+    if (problems.empty()) {
         return Reply(request.code(), Status::Ok, "nothing is wrong").map(tag("ec"), {});
-    std::string summary = std::to_string(problems.size()) + (problems.size() == 1 ? " problem: " : " problems: ");
-    for (const auto& [where, what] : problems)
-        summary += (where == problems.begin()->first ? "" : "; ") + where + ": " + what;
-    return Reply(request.code(), status, summary).map(tag("ec"), problems);
+    }
+    std::string summary = std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems");
+    StringMap named;
+    for (const auto& [where, what] : problems) {
+        if (named.size() < limit::problems) {
+            summary += (named.empty() ? ": " : "; ") + where + ": " + what;
+            named.emplace(where, what);
+        }
+    }
+    return Reply(request.code(), status, summary).map(tag("ec"), named);
 }
 
 } // namespace standin
