@@ -37,7 +37,8 @@ class Daemon:
         if listens():
             raise RuntimeError(f"port {PORT} is taken: end what listens there first")
         self.errors = tempfile.TemporaryFile()
-        self.process = subprocess.Popen([program], stdout=subprocess.DEVNULL, stderr=self.errors)
+        self.process = subprocess.Popen([program, "--config-dir", tempfile.gettempdir()], stdout=subprocess.DEVNULL,
+                                        stderr=self.errors)
         deadline = time.monotonic() + 10
         while not listens():
             if self.process.poll() is not None or time.monotonic() > deadline:
