@@ -37,10 +37,10 @@ Reply answer(const Request& request, Context& context)
     } catch (const Refusal& refusal) {
         return {request.code(), refusal.status, refusal.message};
     } catch (const StoreError& error) {
-        std::cerr << "tarn-standin: store: " << error.what() << std::endl;
+        std::cerr << std::string("tarn-standin: store: ") + error.what() + "\n";
         return {request.code(), Status::StoreFailed, std::string("the store failed: ") + error.what()};
     } catch (const std::exception& error) {
-        std::cerr << "tarn-standin: " << tagName(request.code()) << ": " << error.what() << std::endl;
+        std::cerr << "tarn-standin: " + tagName(request.code()) + ": " + error.what() + "\n";
         return {request.code(), Status::InternalError, std::string("the request failed: ") + error.what()};
     }
 }

@@ -105,7 +105,7 @@ void Server::acceptClients()
 
 void Server::takeIn(int socket)
 {
-    std::unique_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     if (connections_.size() == maxConnections) {
         close(socket);
         complainAboutNewcomer("a client is refused: there are " + std::to_string(maxConnections) + " already");
