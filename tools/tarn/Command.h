@@ -1,11 +1,12 @@
 #pragma once
 
-#include "Library.h"
 #include "Output.h"
+#include "Waiting.h"
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
 #include <string>
+#include <tarn/Client.h>
 
 namespace tarn {
 
@@ -13,9 +14,18 @@ namespace tarn {
 struct Context
 {
     Output output;
-    Library library;
+    bool showLog = false;
     std::function<void()> action;
     bool needsDaemon = true;
+    Client client{[this](const char* function, const std::function<void()>& call) {
+        {
+            const Waiting waiting;
+            call();
+        }
+        if (showLog) {
+            Output::log(function, client.lastLog());
+        }
+    }};
 };
 
 void addLifecycleCommands(CLI::App& app, Context& context);

@@ -35,15 +35,17 @@ public:
     {
         std::error_code error;
         made = fs::create_directories(path, error);
-        if (error || !fs::is_directory(path))
+        if (error || !fs::is_directory(path)) {
             throw Failure(Exit::file, toText(path) + " cannot be made: " +
                                           (error ? error.message() : std::string("a file of this name exists")));
+        }
     }
     ~OutputFolder()
     {
         std::error_code ignored;
-        if (made)
+        if (made) {
             fs::remove(path, ignored); // of empty folders only
+        }
     }
     OutputFolder(const OutputFolder&) = delete;
     OutputFolder& operator=(const OutputFolder&) = delete;
@@ -58,8 +60,9 @@ private:
 std::string passwordFor(const DecryptOptions& options)
 {
     // With a session key a password may be given, but is not asked for.
-    if (options.sessionKey.empty() || !options.passwordFile.empty())
+    if (options.sessionKey.empty() || !options.passwordFile.empty()) {
         return password(options.passwordFile, options.recipient);
+    }
     return host::environment("TARN_PASSWORD").value_or("");
 }
 
@@ -70,13 +73,13 @@ struct Written
 };
 
 // All files are written before the first one gets its name.
-Written writeItems(Library& library, const DecryptOptions& options, const std::string& encodedConfig)
+Written writeItems(Client& client, const DecryptOptions& options, const std::string& encodedConfig)
 {
     const OutputFolder folder(toPath(options.out));
     std::list<OutputFile> files;
     SafeFileNames names;
     Written written;
-    while (const auto item = library.nextItem()) {
+    while (const auto item = client.nextItem()) {
         const std::string name = names.next(item->name, item->contentType);
         files.emplace_back(folder.path / toPath(name), options.overwrite).write(item->data);
         written.table.add({name, std::to_string(item->data.size()), item->contentType});
@@ -87,10 +90,12 @@ Written writeItems(Library& library, const DecryptOptions& options, const std::s
                                  {"flags", item->flags},
                                  {"type", item->type}});
     }
-    if (!options.saveConfig.empty())
+    if (!options.saveConfig.empty()) {
         files.emplace_back(toPath(options.saveConfig), options.overwrite).write(encodedConfig + "\n");
-    for (auto& file : files)
+    }
+    for (auto& file : files) {
         file.commit();
+    }
     return written;
 }
 
@@ -99,12 +104,12 @@ void decrypt(Context& context, const DecryptOptions& options)
     refuseExisting(toPath(options.saveConfig), options.overwrite);
     const DecryptRequest request{readTextFile(options.envelope), options.recipient, options.sessionKey,
                                  options.keepOpen};
-    const Decryption decryption =
-        context.library.decrypt(request, {passwordFor(options), absolutePath(options.config)});
-    const Written written = writeItems(context.library, options, decryption.encodedConfig);
+    const Decryption decryption = context.client.decrypt(request, {passwordFor(options), absolutePath(options.config)});
+    const Written written = writeItems(context.client, options, decryption.encodedConfig);
     std::string text = "From " + printable(decryption.from) + "\n" + written.table.text();
-    if (!decryption.key.empty())
+    if (!decryption.key.empty()) {
         text += "Session key " + printable(decryption.key) + "\n";
+    }
     context.output.result(text, {{"from", decryption.from}, {"key", decryption.key}, {"items", written.items}});
 }
 

@@ -31,31 +31,47 @@ bool isEncodedConfig(const std::string& text)
 // The option is the encoded text itself or a file that holds it.
 std::string encodedConfig(const std::string& option)
 {
-    if (option.empty() || isEncodedConfig(option))
+    if (option.empty() || isEncodedConfig(option)) {
         return option;
+    }
     const std::string text = readLines(option).front();
-    if (!isEncodedConfig(text))
+    if (!isEncodedConfig(text)) {
         throw Failure(Exit::usage,
                       option + " holds no envelope configuration as \"tarn decrypt --save-config\" saves it");
+    }
     return text;
+}
+
+Envelope encryptOrExplain(Client& client, const EncryptRequest& request, const Access& access)
+{
+    try {
+        return client.encrypt(request, access);
+    } catch (const StatusError& error) {
+        // A refused login leaves no log, and so no message of the daemon's.
+        if (!error.log().empty()) {
+            throw;
+        }
+        throw refusal(error, "the login of " + request.from + " was answered with status " +
+                                 std::to_string(error.status()) + "; \"tarn login " + request.from + "\" tells why");
+    } catch (const LogTooSmall& error) {
+        throw Failure(Exit::usage, error.what() + std::string("; send the message to fewer recipients at a time"));
+    }
 }
 
 void encrypt(Context& context, const EncryptOptions& options)
 {
-    if (options.to.empty() && options.cc.empty() && options.bcc.empty())
+    if (options.to.empty() && options.cc.empty() && options.bcc.empty()) {
         throw Failure(Exit::usage, "a message needs a recipient: --to, --cc or --bcc");
-    for (const auto* file : {&options.out, &options.textOut, &options.htmlOut})
+    }
+    for (const auto* file : {&options.out, &options.textOut, &options.htmlOut}) {
         refuseExisting(toPath(*file), options.overwrite);
-    EncryptRequest request{options.from,
-                           options.to,
-                           options.cc,
-                           options.bcc,
-                           readTextFile(options.message),
-                           encodedConfig(options.envelopeConfig),
+    }
+    EncryptRequest request{options.from,           addresses(options.to),         addresses(options.cc),
+                           addresses(options.bcc), readTextFile(options.message), encodedConfig(options.envelopeConfig),
                            !options.noLogin};
     const bool logsIn = request.login && request.encodedConfig.empty();
     const Access access{logsIn ? password(options.passwordFile, options.from) : "", absolutePath(options.config)};
-    const Envelope envelope = context.library.encrypt(request, access);
+    const Envelope envelope = encryptOrExplain(context.client, request, access);
 
     nlohmann::json object{{"attachmentName", envelope.attachmentName}};
     std::string text;
@@ -72,8 +88,9 @@ void encrypt(Context& context, const EncryptOptions& options)
     give(options.textOut, envelope.textBody, "textBody", "Text body");
     give(options.htmlOut, envelope.htmlBody, "htmlBody", "HTML body");
     give(options.out, envelope.envelope, "envelope", "Envelope");
-    for (auto& file : files)
+    for (auto& file : files) {
         file.commit();
+    }
     context.output.result(options.out.empty() ? envelope.envelope : text, object);
 }
 

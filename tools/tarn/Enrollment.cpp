@@ -3,6 +3,7 @@
 #include "Host.h"
 #include "Secrets.h"
 #include "Text.h"
+#include "Time.h"
 
 namespace tarn {
 
@@ -22,19 +23,23 @@ struct EnrollOptions
 // A question may be given by its id or in its own words.
 std::string wording(const std::string& question, const std::vector<KeyValue>& choices, bool editable)
 {
-    for (const auto& [id, text] : choices)
-        if (question == id || question == text)
+    for (const auto& [id, text] : choices) {
+        if (question == id || question == text) {
             return text;
-    if (!editable)
+        }
+    }
+    if (!editable) {
         throw Failure(Exit::usage, "\"" + question + "\" is none of the security questions to choose from");
+    }
     return question;
 }
 
 std::string chooseQuestion(int number, const std::vector<KeyValue>& choices, bool editable)
 {
     std::string list = "Security questions to choose from:\n";
-    for (const auto& [id, text] : choices)
+    for (const auto& [id, text] : choices) {
         list += "  " + printable(id) + "  " + printable(text) + "\n";
+    }
     const std::string question = (number == 0 ? list : "") + "Question " + std::to_string(number + 1) +
                                  (editable ? " (id, or your own words)" : " (id)");
     return wording(askUnlessGiven("", "--question", question), choices, editable);
@@ -42,11 +47,12 @@ std::string chooseQuestion(int number, const std::vector<KeyValue>& choices, boo
 
 void fillInQuestions(Enrollment& form, const EnrollOptions& options, const EnrollParameters& parameters)
 {
-    const auto choices = parseMapText(parameters.questions);
+    const auto& choices = parameters.questions;
     const auto answers = options.answersFile.empty() ? std::vector<std::string>() : readLines(options.answersFile);
-    if (parameters.questionCount > mostQuestions)
+    if (parameters.questionCount > mostQuestions) {
         throw Failure(Exit::refused, "the key server wants " + std::to_string(parameters.questionCount) +
                                          " security questions, and an enrollment can hold three");
+    }
     const int count = std::max(parameters.questionCount, static_cast<int>(options.questions.size()));
     for (int i = 0; i < count; ++i) {
         const auto index = static_cast<std::size_t>(i);
@@ -59,33 +65,37 @@ void fillInQuestions(Enrollment& form, const EnrollOptions& options, const Enrol
     }
 }
 
-int stageIn(const std::string& result)
+int stageIn(const std::vector<KeyValue>& result)
 {
-    for (const auto& [key, value] : parseMapText(result))
-        if (key == "enrollmentStage")
+    for (const auto& [key, value] : result) {
+        if (key == "enrollmentStage") {
             return std::atoi(value.c_str());
+        }
+    }
     return 0;
 }
 
 // The form goes out first; where the daemon then wants the enrollment confirmed, its answer names that stage.
-std::string runStages(Context& context, Enrollment form)
+std::vector<KeyValue> runStages(Context& context, Enrollment form)
 {
     constexpr int confirmation = 1;
     form.stage = 0;
-    std::string result = context.library.enroll(form);
-    if (stageIn(result) != confirmation)
+    auto result = context.client.enroll(form);
+    if (stageIn(result) != confirmation) {
         return result;
+    }
     form.stage = confirmation;
-    return context.library.enroll(form);
+    return context.client.enroll(form);
 }
 
 void enroll(Context& context, const EnrollOptions& options)
 {
     Enrollment form = options.form;
     form.keyServer = askUnlessGiven(form.keyServer, "--key-server", "Address (URL) of the key server");
-    const EnrollParameters parameters = context.library.enrollParameters(form.address, form.keyServer, form.locale);
-    if (parameters.samlUser)
+    const EnrollParameters parameters = context.client.enrollParameters(form.address, form.keyServer, form.locale);
+    if (parameters.samlUser) {
         Output::note(form.address + " signs on at its own organisation (single sign-on)");
+    }
     form.enrollId = askUnlessGiven(form.enrollId, "--enroll-id", "Enrollment id (\"tarn status\" tells it)");
     form.sender = askUnlessGiven(form.sender, "--sender", "Address of the message's sender");
     form.firstName = askUnlessGiven(form.firstName, "--first-name", "First name");
@@ -93,13 +103,14 @@ void enroll(Context& context, const EnrollOptions& options)
     form.password = secret({options.passwordFile, "--password-file", "TARN_PASSWORD", "New password", true});
     form.passPhrase = secret({options.passPhraseFile, "--pass-phrase-file", "TARN_PASS_PHRASE",
                               "Personal pass phrase (empty for none)", false, true});
-    if (!form.simple)
+    if (!form.simple) {
         fillInQuestions(form, options, parameters);
-    const std::string result = runStages(context, form);
+    }
+    const auto result = runStages(context, form);
 
     nlohmann::json answers = nlohmann::json::object();
     std::string text = form.address + " is enrolled.\n";
-    for (const auto& [key, value] : parseMapText(result)) {
+    for (const auto& [key, value] : result) {
         answers[key] = value;
         text += printable(key + ": " + value) + "\n";
     }

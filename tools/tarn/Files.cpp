@@ -30,10 +30,12 @@ fs::path makeStagingFolder(const fs::path& target)
     for (int attempt = 0; attempt < 100; ++attempt) {
         fs::path staging = folder / (".tarn-" + std::to_string(random()));
         std::error_code error;
-        if (fs::create_directory(staging, error))
+        if (fs::create_directory(staging, error)) {
             return staging;
-        if (error)
+        }
+        if (error) {
             throw Failure(Exit::file, toText(target) + " cannot be created: " + error.message());
+        }
     }
     throw Failure(Exit::file, toText(folder) + " is full of unfinished files of this program");
 }
@@ -62,42 +64,50 @@ std::string readFile(const std::string& name)
     errno = 0;
     if (name == "-") {
         content.assign(std::istreambuf_iterator<char>(std::cin), {});
-        if (std::cin.bad())
+        if (std::cin.bad()) {
             throw fileFailure("standard input", "cannot be read", errno);
+        }
         return content;
     }
     std::error_code error;
-    if (fs::is_directory(toPath(name), error))
+    if (fs::is_directory(toPath(name), error)) {
         throw Failure(Exit::file, name + " cannot be read: it is a folder");
+    }
     std::ifstream file(toPath(name), std::ios::binary);
-    if (!file)
+    if (!file) {
         throw fileFailure(name, "cannot be read", errno);
+    }
     content.assign(std::istreambuf_iterator<char>(file), {});
-    if (file.bad())
+    if (file.bad()) {
         throw fileFailure(name, "cannot be read", errno);
+    }
     return content;
 }
 
 std::string readTextFile(const std::string& name)
 {
     std::string content = readFile(name);
-    if (content.empty())
+    if (content.empty()) {
         throw Failure(Exit::usage, (name == "-" ? "standard input" : name) + " is empty");
-    if (const auto zero = content.find('\0'); zero != content.npos)
+    }
+    if (const auto zero = content.find('\0'); zero != content.npos) {
         throw Failure(Exit::usage, (name == "-" ? "standard input" : name) + " holds a zero byte (at offset " +
                                        std::to_string(zero) +
                                        "): it is no mail text. Is it in UTF-16, or a raw attachment?");
+    }
     return content;
 }
 
 void refuseExisting(const fs::path& target, bool overwrite)
 {
     std::error_code error;
-    if (fs::is_directory(target, error))
+    if (fs::is_directory(target, error)) {
         throw Failure(Exit::file, toText(target) + " is a folder");
+    }
     const bool special = fs::exists(target, error) && !fs::is_regular_file(target, error);
-    if (!overwrite && !special && fs::exists(fs::symlink_status(target, error)))
+    if (!overwrite && !special && fs::exists(fs::symlink_status(target, error))) {
         throw Failure(Exit::file, toText(target) + " exists already; --force overwrites it");
+    }
 }
 
 OutputFile::OutputFile(fs::path target_, bool overwrite_) : target(std::move(target_)), overwrite(overwrite_)
@@ -105,10 +115,12 @@ OutputFile::OutputFile(fs::path target_, bool overwrite_) : target(std::move(tar
     refuseExisting(target, overwrite);
     std::error_code error;
     const bool exists = fs::exists(target, error);
-    if (exists && !fs::is_regular_file(target, error))
+    if (exists && !fs::is_regular_file(target, error)) {
         return;
-    if (exists)
+    }
+    if (exists) {
         target = fs::canonical(target); // a link keeps pointing to the file
+    }
     delay.emplace();
     staging = makeStagingFolder(target);
 }
@@ -116,8 +128,9 @@ OutputFile::OutputFile(fs::path target_, bool overwrite_) : target(std::move(tar
 OutputFile::~OutputFile()
 {
     std::error_code ignored;
-    if (!staging.empty())
+    if (!staging.empty()) {
         fs::remove_all(staging, ignored);
+    }
 }
 
 void OutputFile::write(std::string_view data)
@@ -127,23 +140,27 @@ void OutputFile::write(std::string_view data)
     for (std::size_t start = 0; start < data.size() && file; start += chunkSize) {
         const auto chunk = data.substr(start, chunkSize);
         file.write(chunk.data(), static_cast<std::streamsize>(chunk.size()));
-        if (delay)
+        if (delay) {
             InterruptDelay::check();
+        }
     }
     file.close();
-    if (!file)
+    if (!file) {
         throw fileFailure(toText(target), "cannot be written", errno);
+    }
 }
 
 void OutputFile::commit()
 {
-    if (staging.empty())
+    if (staging.empty()) {
         return;
+    }
     refuseExisting(target, overwrite);
     std::error_code error;
     fs::rename(staging / stagedName, target, error);
-    if (error)
+    if (error) {
         throw Failure(Exit::file, toText(target) + " cannot be written: " + error.message());
+    }
 }
 
 } // namespace tarn

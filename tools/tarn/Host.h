@@ -22,9 +22,6 @@ std::string systemText(const std::string& utf8);
 // Whether a person sees standard error.
 bool showsErrors();
 
-// Releases what the library allocated for its caller.
-void releaseTaskMemory(void* memory);
-
 // Asks at the terminal itself, so standard input may be redirected. Nothing when there is no terminal, or at its end
 // of input. What is typed to a hidden question is not shown.
 enum class Echo { shown, hidden };

@@ -30,8 +30,9 @@ void endOnInterrupt()
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         // A parent that ignores the signal (nohup, a job in the background) wants it ignored here as well.
-        if (std::signal(signal, onInterrupt) == SIG_IGN)
+        if (std::signal(signal, onInterrupt) == SIG_IGN) {
             std::signal(signal, SIG_IGN);
+        }
     }
 }
 
@@ -47,8 +48,9 @@ InterruptDelay::~InterruptDelay()
 
 void InterruptDelay::check()
 {
-    if (noted)
+    if (noted) {
         throw Failure(Exit::interrupted, "interrupted, nothing was written");
+    }
 }
 
 } // namespace tarn

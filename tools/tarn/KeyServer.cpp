@@ -16,7 +16,7 @@ struct KeyServerOptions
 
 void features(Context& context, const KeyServerOptions& options)
 {
-    const KeyServerFeatures found = context.library.features(absolutePath(options.config));
+    const KeyServerFeatures found = context.client.features(absolutePath(options.config));
     const auto word = [](bool on) { return on ? "yes" : "no"; };
     Table table({"FEATURE", "SUPPORTED"});
     table.add({"tells when a message was read", word(found.readByEnabled)});
@@ -31,7 +31,7 @@ void locales(Context& context, const KeyServerOptions& options)
 {
     Table table({"LOCALE", "NAME"});
     nlohmann::json names = nlohmann::json::object();
-    for (const auto& [locale, name] : parseMapText(context.library.locales(absolutePath(options.config)))) {
+    for (const auto& [locale, name] : context.client.locales(absolutePath(options.config))) {
         table.add({locale, name});
         names[locale] = name;
     }
@@ -40,12 +40,14 @@ void locales(Context& context, const KeyServerOptions& options)
 
 void body(Context& context, const KeyServerOptions& options)
 {
-    const MessageBody found = context.library.body(options.locale, absolutePath(options.config));
-    if (found.text.empty() && found.html.empty())
+    const MessageBody found = context.client.messageBody(options.locale, absolutePath(options.config));
+    if (found.text.empty() && found.html.empty()) {
         throw Failure(Exit::refused, "the key server has no texts in the locale \"" + options.locale + "\"");
+    }
     std::string text = options.html ? found.html : found.text;
-    if (!text.ends_with('\n'))
+    if (!text.ends_with('\n')) {
         text += '\n';
+    }
     context.output.result(text, {{"locale", options.locale}, {"text", found.text}, {"html", found.html}});
 }
 

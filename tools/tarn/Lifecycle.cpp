@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "Failure.h"
 #include "Files.h"
+#include "Host.h"
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -21,44 +22,59 @@ struct NoOptions
 
 void version(Context& context)
 {
-    const std::string daemonVersion = context.library.version();
+    const std::string daemonVersion = context.client.version();
     context.output.result("daemon " + daemonVersion + "\ntarn   " TARN_VERSION "\n",
                           {{"daemonVersion", daemonVersion}, {"clientVersion", TARN_VERSION}});
 }
 
-void waitUntilListening(Library& library, unsigned seconds)
+void waitUntilListening(Client& client, unsigned seconds)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     for (;;) {
         try {
-            return library.reach();
-        } catch (const Failure& failure) {
-            if (failure.exitCode != Exit::noDaemon || std::chrono::steady_clock::now() >= deadline)
+            client.version();
+            return;
+        } catch (const NoDaemon&) {
+            if (std::chrono::steady_clock::now() >= deadline) {
                 throw;
+            }
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    }
+}
+
+int launch(Client& client, const std::string& jar)
+{
+    try {
+        return client.startDaemon(host::systemText(jar));
+    } catch (const StatusError& error) {
+        throw refusal(error, "the system did not launch Java: it answered " + std::to_string(error.status()) +
+                                 (error.status() == 2 ? " (no such program)" : ""));
     }
 }
 
 void start(Context& context, const StartOptions& options)
 {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(toPath(options.jar), error))
+    if (!std::filesystem::is_regular_file(toPath(options.jar), error)) {
         throw Failure(Exit::file, options.jar + " is no file");
+    }
     const std::string jar = absolutePath(options.jar);
-    if (jar.find(' ') != std::string::npos)
+    if (jar.find(' ') != std::string::npos) {
         Output::note("the path of the jar file holds a blank: Java gets it in pieces and will not find the file");
-    const int answer = context.library.start(jar);
+    }
+    const int answer = launch(context.client, jar);
 
-    if (options.waitSeconds > 0)
-        waitUntilListening(context.library, options.waitSeconds);
+    if (options.waitSeconds > 0) {
+        waitUntilListening(context.client, options.waitSeconds);
+    }
     context.output.result(options.waitSeconds > 0 ? "The daemon listens.\n" : "The launch was accepted.\n",
                           {{"launchResult", answer}, {"listens", options.waitSeconds > 0}});
 }
 
 void stop(Context& context, const NoOptions&)
 {
-    context.library.stop();
+    context.client.stopDaemon();
     context.output.result("The daemon stops.\n", nlohmann::json::object());
 }
 

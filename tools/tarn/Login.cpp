@@ -1,6 +1,8 @@
 #include "Command.h"
+#include "Failure.h"
 #include "Files.h"
 #include "Secrets.h"
+#include <TarnRemoteClient.h>
 
 namespace tarn {
 
@@ -15,13 +17,24 @@ struct LoginOptions
 
 void login(Context& context, const LoginOptions& options)
 {
-    context.library.login(options.user, {password(options.passwordFile, options.user), absolutePath(options.config)});
+    const Access access{password(options.passwordFile, options.user), absolutePath(options.config)};
+    try {
+        context.client.login(options.user, access);
+    } catch (const StatusError& error) {
+        if (error.detail().empty()) {
+            throw;
+        }
+        const bool wait = error.status() == TARN_STATUS_TOO_MANY_TRIES;
+        throw refusal(error,
+                      error.what() + std::string(wait ? "; to be tried again in seconds: " : "; see ") + error.detail(),
+                      {{wait ? "secondsToWait" : "text", error.detail()}});
+    }
     context.output.result("The login of " + options.user + " succeeded.\n", {{"user", options.user}});
 }
 
 void verify(Context& context, const LoginOptions& options)
 {
-    context.library.verify(options.user, absolutePath(options.config));
+    context.client.verifyConfig(options.user, absolutePath(options.config));
     context.output.result("The configuration of " + options.user + " is valid.\n", {{"sender", options.user}});
 }
 

@@ -24,22 +24,26 @@ Table::Table(std::vector<std::string> titles)
 
 void Table::add(std::vector<std::string> row)
 {
-    for (auto& cell : row)
+    for (auto& cell : row) {
         cell = printable(cell);
-    rows.push_back(std::move(row));
+    }
+    rows_.push_back(std::move(row));
 }
 
 std::string Table::text() const
 {
-    std::vector<std::size_t> widths(rows.front().size());
-    for (const auto& row : rows)
-        for (std::size_t i = 0; i < row.size(); ++i)
+    std::vector<std::size_t> widths(rows_.front().size());
+    for (const auto& row : rows_) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
             widths[i] = std::max(widths[i], characterCount(row[i]));
+        }
+    }
     std::string text;
-    for (const auto& row : rows) {
+    for (const auto& row : rows_) {
         std::string line;
-        for (std::size_t i = 0; i < row.size(); ++i)
+        for (std::size_t i = 0; i < row.size(); ++i) {
             line += row[i] + std::string(widths[i] - characterCount(row[i]) + 2, ' ');
+        }
         line.erase(line.find_last_not_of(' ') + 1);
         text += line + "\n";
     }
@@ -59,20 +63,22 @@ void Output::result(const std::string& text, nlohmann::json object) const
 void Output::failure(const Failure& failure) const
 {
     note(failure.what());
-    if (!asJson)
+    if (!asJson) {
         return;
-    nlohmann::json object{{"error", failure.what()}};
-    if (const auto* refusal = dynamic_cast<const Refusal*>(&failure)) {
-        object.update(refusal->details);
-        object["status"] = refusal->status;
-        object["message"] = refusal->message;
     }
+    nlohmann::json object = failure.details;
+    object["error"] = failure.what();
     print(object);
 }
 
 void Output::note(const std::string& text)
 {
     std::cerr << "tarn: " << printable(text) << std::endl;
+}
+
+void Output::log(const char* function, const std::string& text)
+{
+    std::cerr << "--- " << function << " ---\n" << text << std::flush;
 }
 
 void Output::raw(const std::string& bytes)
@@ -84,9 +90,10 @@ void Output::raw(const std::string& bytes)
 
 void Output::flush()
 {
-    if (!std::cout.flush())
+    if (!std::cout.flush()) {
         throw Failure(Exit::file, std::string("standard output cannot be written: ") +
                                       (errno ? std::strerror(errno) : "unknown reason"));
+    }
 }
 
 } // namespace tarn

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Failure.h"
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -16,7 +15,7 @@ public:
     std::string text() const;
 
 private:
-    std::vector<std::vector<std::string>> rows;
+    std::vector<std::vector<std::string>> rows_;
 };
 
 // Results go to standard output, as text for people or as one JSON object; everything else to standard error.
@@ -32,6 +31,7 @@ public:
     void failure(const Failure& failure) const;
 
     static void note(const std::string& text);
+    static void log(const char* function, const std::string& text); // an operation log
     static void raw(const std::string& bytes);
     static void flush();
 };

@@ -19,29 +19,28 @@ bool isLetter(char byte)
 std::string withoutFolders(std::string_view name)
 {
     name.remove_prefix(std::min(name.find_last_of("/\\") + 1, name.size()));
-    if (name.size() >= 2 && isLetter(name[0]) && name[1] == ':')
+    if (name.size() >= 2 && isLetter(name[0]) && name[1] == ':') {
         name.remove_prefix(2);
+    }
     return std::string(name);
 }
 
-// Control characters, and the characters that turn the direction of writing and so can disguise an extension.
-bool isInvisible(TarnWideChar unit)
+// Among the control characters, those that turn the direction of writing can disguise an extension.
+bool isInvisible(char32_t character)
 {
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || (unit >= 0x200B && unit <= 0x200F) ||
-           (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2060 && unit <= 0x2069) || unit == 0xFEFF;
+    return isControl(character) || (character >= 0x200B && character <= 0x200D) ||
+           (character >= 0x2060 && character <= 0x2065) || character == 0xFEFF;
 }
 
 std::string withPlainCharacters(std::string_view name)
 {
-    WideString plain;
-    for (const TarnWideChar unit : toWide(name)) {
-        if (isInvisible(unit))
-            continue;
-        const bool forbidden =
-            unit < 0x80 && std::string_view("<>:\"|?*").find(static_cast<char>(unit)) != std::string_view::npos;
-        plain += forbidden ? static_cast<TarnWideChar>('_') : unit;
-    }
-    return toUtf8(plain);
+    std::u32string characters = toCharacters(name);
+    std::erase_if(characters, isInvisible);
+    const auto forbidden = [](char32_t character) {
+        return std::u32string_view(U"<>:\"|?*").find(character) != std::u32string_view::npos;
+    };
+    std::ranges::replace_if(characters, forbidden, U'_');
+    return toUtf8(characters);
 }
 
 void trim(std::string& name)
@@ -55,11 +54,13 @@ bool isDeviceName(std::string_view name)
     std::string base = lowerCase(name.substr(0, name.find('.')));
     base.erase(base.find_last_not_of(' ') + 1);
     static constexpr std::array devices{"con", "prn", "aux", "nul", "conin$", "conout$"};
-    if (std::find(devices.begin(), devices.end(), base) != devices.end())
+    if (std::find(devices.begin(), devices.end(), base) != devices.end()) {
         return true;
+    }
     // COM1 to LPT9; the digits may also be the superscript ones.
-    if (!base.starts_with("com") && !base.starts_with("lpt"))
+    if (!base.starts_with("com") && !base.starts_with("lpt")) {
         return false;
+    }
     const auto digit = std::string_view(base).substr(3);
     return (digit.size() == 1 && digit[0] >= '0' && digit[0] <= '9') || digit == "\u00B9" || digit == "\u00B2" ||
            digit == "\u00B3";
@@ -74,19 +75,22 @@ struct BaseAndExtension
 BaseAndExtension splitExtension(const std::string& name)
 {
     const auto dot = name.rfind('.');
-    if (dot == name.npos || dot == 0 || name.size() - dot > 20)
+    if (dot == name.npos || dot == 0 || name.size() - dot > 20) {
         return {name, ""};
+    }
     return {name.substr(0, dot), name.substr(dot)};
 }
 
 std::string shortened(const std::string& name)
 {
-    if (name.size() <= longestName)
+    if (name.size() <= longestName) {
         return name;
+    }
     auto [base, extension] = splitExtension(name);
     std::size_t end = longestName - extension.size();
-    while (end > 0 && (static_cast<unsigned char>(base[end]) & 0xC0u) == 0x80)
+    while (end > 0 && (static_cast<unsigned char>(base[end]) & 0xC0u) == 0x80) {
         --end; // not in the middle of a character
+    }
     base.resize(end);
     trim(base);
     return base + extension;
@@ -95,10 +99,11 @@ std::string shortened(const std::string& name)
 std::string generatedName(int number, std::string_view contentType)
 {
     std::string_view extension = ".bin";
-    if (sameIgnoringCase(contentType.substr(0, 9), "text/html"))
+    if (sameIgnoringCase(contentType.substr(0, 9), "text/html")) {
         extension = ".html";
-    else if (sameIgnoringCase(contentType.substr(0, 5), "text/"))
+    } else if (sameIgnoringCase(contentType.substr(0, 5), "text/")) {
         extension = ".txt";
+    }
     return "item-" + std::to_string(number) + std::string(extension);
 }
 
@@ -106,22 +111,26 @@ std::string generatedName(int number, std::string_view contentType)
 
 std::string SafeFileNames::next(std::string_view itemName, std::string_view contentType)
 {
-    ++itemNumber;
+    ++itemNumber_;
     std::string name = withPlainCharacters(withoutFolders(itemName));
     trim(name);
-    if (name.empty())
-        name = generatedName(itemNumber, contentType);
+    if (name.empty()) {
+        name = generatedName(itemNumber_, contentType);
+    }
     // Neither a hidden file nor something that a command takes for an option.
-    if (name[0] == '.' || name[0] == '-')
+    if (name[0] == '.' || name[0] == '-') {
         name[0] = '_';
-    if (isDeviceName(name))
+    }
+    if (isDeviceName(name)) {
         name.insert(name.begin(), '_');
+    }
     name = shortened(name);
 
     std::string unique = name;
     const auto [base, extension] = splitExtension(name);
-    for (int number = 2; !taken.insert(lowerCase(unique)).second; ++number)
+    for (int number = 2; !taken_.insert(lowerCase(unique)).second; ++number) {
         unique = base + " (" + std::to_string(number) + ")" + extension;
+    }
     return unique;
 }
 

@@ -16,8 +16,8 @@ public:
     std::string next(std::string_view itemName, std::string_view contentType);
 
 private:
-    std::set<std::string> taken; // in lower case: some file systems treat both cases as equal
-    int itemNumber = 0;
+    std::set<std::string> taken_; // in lower case: some file systems treat both cases as equal
+    int itemNumber_ = 0;
 };
 
 } // namespace tarn

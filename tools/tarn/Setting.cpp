@@ -3,6 +3,7 @@
 #include "Files.h"
 #include "Secrets.h"
 #include "Text.h"
+#include "Time.h"
 #include "TrackingView.h"
 #include <algorithm>
 #include <optional>
@@ -37,24 +38,24 @@ public:
 class MessageByEnvelope : public TrackedMessage
 {
 public:
-    MessageByEnvelope(Library& library_, const std::string& file, Access access_)
-        : library(library_), envelope(readTextFile(file)), access(std::move(access_))
+    MessageByEnvelope(Client& client, const std::string& file, Access access)
+        : client_(client), envelope_(readTextFile(file)), access_(std::move(access))
     {
     }
-    std::vector<TrackingState> states() override { return library.tracking(envelope, access).recipients; }
-    void set(const TrackingState& state) override { library.setTracking(envelope, state, access); }
+    std::vector<TrackingState> states() override { return client_.tracking(envelope_, access_).recipients; }
+    void set(const TrackingState& state) override { client_.setTracking(envelope_, state, access_); }
 
 private:
-    Library& library;
-    const std::string envelope;
-    const Access access;
+    Client& client_;
+    const std::string envelope_;
+    const Access access_;
 };
 
 class MessageById : public TrackedMessage
 {
 public:
-    MessageById(Library& library_, std::string id_, std::string user_, Access access_)
-        : library(library_), id(std::move(id_)), user(std::move(user_)), access(std::move(access_))
+    MessageById(Client& client, std::string id, std::string user, Access access)
+        : client_(client), id_(std::move(id)), user_(std::move(user)), access_(std::move(access))
     {
     }
 
@@ -64,10 +65,12 @@ public:
         SentPage page;
         std::uint32_t start = 0;
         do {
-            page = library.sent({user, start, pageSize, "createDate", false}, access);
-            for (const auto& record : page.records)
-                if (record.messageId == id)
+            page = client_.sent({user_, start, pageSize, "createDate", false}, access_);
+            for (const auto& record : page.records) {
+                if (record.messageId == id_) {
                     found.push_back(record.state);
+                }
+            }
             start += pageSize;
         } while (start < page.total && !page.records.empty());
         return found;
@@ -75,41 +78,47 @@ public:
 
     void set(const TrackingState& state) override
     {
-        library.setRecords({{"from", user}, {"msgId", id}, {"to", state.recipient}}, state, access);
+        client_.setRecords({{"from", user_}, {"msgId", id_}, {"to", state.recipient}}, state, access_);
     }
 
 private:
     static constexpr std::uint32_t pageSize = 1000;
-    Library& library;
-    const std::string id;
-    const std::string user;
-    const Access access;
+    Client& client_;
+    const std::string id_;
+    const std::string user_;
+    const Access access_;
 };
 
-std::unique_ptr<TrackedMessage> findMessage(Library& library, const SettingOptions& options)
+std::unique_ptr<TrackedMessage> findMessage(Client& client, const SettingOptions& options)
 {
-    if (options.envelope.empty() == options.messageId.empty())
+    if (options.envelope.empty() == options.messageId.empty()) {
         throw Failure(Exit::usage, "give ENVELOPE, or --message-id with --user");
-    if (!options.messageId.empty() && options.user.empty())
+    }
+    if (!options.messageId.empty() && options.user.empty()) {
         throw Failure(Exit::usage, "--message-id needs --user, the sender whose message it is");
+    }
     const Access access{password(options.passwordFile, options.user), absolutePath(options.config)};
-    if (options.envelope.empty())
-        return std::make_unique<MessageById>(library, options.messageId, options.user, access);
-    return std::make_unique<MessageByEnvelope>(library, options.envelope, access);
+    if (options.envelope.empty()) {
+        return std::make_unique<MessageById>(client, options.messageId, options.user, access);
+    }
+    return std::make_unique<MessageByEnvelope>(client, options.envelope, access);
 }
 
 std::vector<TrackingState> select(const std::vector<TrackingState>& all, const std::vector<std::string>& recipients)
 {
-    if (all.empty())
+    if (all.empty()) {
         throw Failure(Exit::usage, "the daemon knows no recipients of this message");
-    if (recipients.empty())
+    }
+    if (recipients.empty()) {
         return all;
+    }
     std::vector<TrackingState> selected;
     for (const auto& recipient : recipients) {
         const auto state = std::ranges::find_if(
             all, [&](const TrackingState& one) { return sameIgnoringCase(one.recipient, recipient); });
-        if (state == all.end())
+        if (state == all.end()) {
             throw Failure(Exit::usage, recipient + " is no recipient of this message; \"tarn tracking\" lists them");
+        }
         selected.push_back(*state);
     }
     return selected;
@@ -120,23 +129,22 @@ std::vector<TrackingState> select(const std::vector<TrackingState>& all, const s
 void set(Context& context, const SettingOptions& options)
 {
     const Milliseconds expiry = options.expiry.empty() ? 0 : parseTime(options.expiry);
-    const auto message = findMessage(context.library, options);
+    const auto message = findMessage(context.client, options);
     auto states = select(message->states(), options.recipients);
     for (std::size_t done = 0; done < states.size(); ++done) {
         auto& state = states[done];
         state.locked = options.lock.value_or(state.locked);
         state.message = options.message.value_or(state.message);
-        if (options.never || !options.expiry.empty())
+        if (options.never || !options.expiry.empty()) {
             state.expiry = expiry;
+        }
         try {
             message->set(state);
-        } catch (const Refusal& refusal) {
-            Refusal detailed(refusal.status, refusal.message,
-                             state.recipient + ": " + refusal.what() + "; set before it: " + std::to_string(done) +
-                                 " of " + std::to_string(states.size()) + " recipients");
-            detailed.details["recipients"] =
-                stateObjects({states.begin(), states.begin() + static_cast<std::ptrdiff_t>(done)});
-            throw detailed;
+        } catch (const StatusError& error) {
+            throw refusal(error,
+                          state.recipient + ": " + error.what() + "; set before it: " + std::to_string(done) + " of " +
+                              std::to_string(states.size()) + " recipients",
+                          {{"recipients", stateObjects({states.data(), done})}});
         }
     }
     context.output.result(stateTable(states), {{"recipients", stateObjects(states)}});

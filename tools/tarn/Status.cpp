@@ -22,36 +22,37 @@ nlohmann::json sensitivityOf(int value)
 
 void recipients(Context& context, const StatusOptions& options)
 {
-    const EnvelopeRecipients found = context.library.recipients(readTextFile(options.envelope));
+    const EnvelopeRecipients found = context.client.recipients(readTextFile(options.envelope));
     std::string text;
-    for (const auto& address : found.addresses)
+    for (const auto& address : found.addresses) {
         text += printable(address) + "\n";
+    }
     context.output.result(text, {{"recipients", found.addresses}, {"sensitivity", sensitivityOf(found.sensitivity)}});
 }
 
 // The statuses that a recipient of an envelope can be in; with any other one the library asks no further.
-const std::map<std::string, std::string>& meanings()
+const std::map<std::int32_t, std::string>& meanings()
 {
-    static const std::map<std::string, std::string> words{
-        {"5", "a password opens it"},
-        {"6", "kept open: a session key or a password opens it"},
-        {"7", "this address sent it"},
-        {"11", "not enrolled yet"},
-        {"15", "not a recipient"},
-        {"16", "the message is unknown"},
-        {"17", "the account is disabled"},
-        {"18", "too many tries, seconds to wait"},
-        {"19", "expired"},
-        {"20", "locked"},
-        {"21", "locked"},
-        {"25", "enrollment not finished"},
-        {"26", "the envelope is damaged"},
-        {"34", "this is no envelope"},
+    static const std::map<std::int32_t, std::string> words{
+        {5, "a password opens it"},
+        {6, "kept open: a session key or a password opens it"},
+        {7, "this address sent it"},
+        {11, "not enrolled yet"},
+        {15, "not a recipient"},
+        {16, "the message is unknown"},
+        {17, "the account is disabled"},
+        {18, "too many tries, seconds to wait"},
+        {19, "expired"},
+        {20, "locked"},
+        {21, "locked"},
+        {25, "enrollment not finished"},
+        {26, "the envelope is damaged"},
+        {34, "this is no envelope"},
     };
     return words;
 }
 
-std::string meaning(const std::string& status, const std::string& text)
+std::string meaning(std::int32_t status, const std::string& text)
 {
     const auto word = meanings().find(status);
     const std::string known = word == meanings().end() ? "the daemon cannot tell" : word->second;
@@ -61,16 +62,14 @@ std::string meaning(const std::string& status, const std::string& text)
 // The recipients' statuses are the result that was asked for, not a failure of the question.
 void status(Context& context, const StatusOptions& options)
 {
-    const PayloadStatus found =
-        context.library.payloadStatus(readTextFile(options.envelope), absolutePath(options.config), options.recipients);
-    const auto asked = split(join(options.recipients, ";"), ";"); // an option may itself be a list
+    const PayloadStatus found = context.client.payloadStatus(
+        readTextFile(options.envelope), absolutePath(options.config), addresses(options.recipients));
 
     Table table({"RECIPIENT", "STATUS", "MEANING"});
     nlohmann::json entries = nlohmann::json::array();
-    for (std::size_t i = 0; i < found.statuses.size() && i < asked.size(); ++i) {
-        table.add({asked[i], found.statuses[i], meaning(found.statuses[i], found.texts[i])});
-        entries.push_back(
-            {{"recipient", asked[i]}, {"status", std::atoi(found.statuses[i].c_str())}, {"text", found.texts[i]}});
+    for (const auto& [recipient, status, text] : found.recipients) {
+        table.add({recipient, std::to_string(status), meaning(status, text)});
+        entries.push_back({{"recipient", recipient}, {"status", status}, {"text", text}});
     }
     std::string text = table.text();
     nlohmann::json object{{"recipients", entries}, {"sensitivity", sensitivityOf(found.sensitivity)}};
@@ -79,17 +78,18 @@ void status(Context& context, const StatusOptions& options)
         object["enrollId"] = found.enrollId;
         object["sender"] = found.from;
     }
-    if (meanings().contains(found.statuses.back())) {
+    if (meanings().contains(found.lastStatus)) {
         context.output.result(text, object);
         return;
     }
-    if (!context.output.asJson)
+    if (!context.output.asJson) {
         Output::raw(text);
-    Refusal refusal(found.status, "",
-                    "status " + std::to_string(found.status) + " is none that a recipient can be in; no further " +
-                        "recipients were asked for");
-    refusal.details = object;
-    throw refusal;
+    }
+    object.update({{"status", found.lastStatus}, {"message", ""}});
+    throw Failure(Exit::refused,
+                  "status " + std::to_string(found.lastStatus) + " is none that a recipient can be in; no further " +
+                      "recipients were asked for",
+                  object);
 }
 
 } // namespace

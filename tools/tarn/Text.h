@@ -1,6 +1,5 @@
 #pragma once
 
-#include <TarnRemoteClient.h>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -8,32 +7,29 @@
 
 namespace tarn {
 
-// The tool's texts are UTF-8 throughout; the library's wide texts are UTF-16. These two are the only conversions.
-// Ill-formed input becomes U+FFFD.
-using WideString = std::basic_string<TarnWideChar>;
-WideString toWide(std::string_view utf8);
-std::string toUtf8(std::basic_string_view<TarnWideChar> wide);
+// The tool's texts are UTF-8 throughout. These two go over to single characters and back; ill-formed input becomes
+// U+FFFD.
+std::u32string toCharacters(std::string_view utf8);
+std::string toUtf8(std::u32string_view characters);
 
 std::vector<std::string> split(std::string_view text, std::string_view delimiter);
-std::string join(const std::vector<std::string>& items, std::string_view delimiter);
+
+// The addresses of options that may each hold several, with ";" between them.
+std::vector<std::string> addresses(const std::vector<std::string>& options);
 
 // Compares as mail addresses are compared in practice: ASCII letters without regard to case.
 bool sameIgnoringCase(std::string_view left, std::string_view right);
 std::string lowerCase(std::string_view text);
 
-// What a terminal may show of a text from outside: control characters, which could move its cursor, become "?".
+// Characters that control a terminal or the direction of writing.
+bool isControl(char32_t character);
+
+// What may be shown of a text from outside: control characters become "?". `printable` makes one line of it,
+// `printableLines` keeps its lines.
 std::string printable(std::string_view utf8);
+std::string printableLines(std::string_view utf8);
 
 // The number of characters of a UTF-8 text.
 std::size_t characterCount(std::string_view utf8);
-
-struct KeyValue
-{
-    std::string key;
-    std::string value;
-};
-
-// Reads the library's map texts: "key: value; " for each entry.
-std::vector<KeyValue> parseMapText(std::string_view text);
 
 } // namespace tarn

@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "Files.h"
 #include "Secrets.h"
+#include "Time.h"
 #include "TrackingView.h"
 
 namespace tarn {
@@ -25,7 +26,7 @@ void tracking(Context& context, const TrackingOptions& options)
 {
     const std::string envelope = readTextFile(options.envelope);
     const Tracking found =
-        context.library.tracking(envelope, {password(options.passwordFile, ""), absolutePath(options.config)});
+        context.client.tracking(envelope, {password(options.passwordFile, ""), absolutePath(options.config)});
     context.output.result("Message " + found.messageId + "\n" + stateTable(found.recipients),
                           {{"messageId", found.messageId}, {"recipients", stateObjects(found.recipients)}});
 }
@@ -49,8 +50,9 @@ nlohmann::json recordObject(const SentRecord& record)
 std::string rangeText(const SentQuery& query, const SentPage& page)
 {
     const std::string total = std::to_string(page.total);
-    if (page.records.empty())
+    if (page.records.empty()) {
         return "no records from " + std::to_string(query.start + 1ull) + " on, of " + total + "\n";
+    }
     return "records " + std::to_string(query.start + 1ull) + " to " +
            std::to_string(query.start + page.records.size()) + " of " + total + "\n";
 }
@@ -59,7 +61,7 @@ void sent(Context& context, const SentOptions& options)
 {
     const auto& query = options.query;
     const SentPage page =
-        context.library.sent(query, {password(options.passwordFile, query.user), absolutePath(options.config)});
+        context.client.sent(query, {password(options.passwordFile, query.user), absolutePath(options.config)});
     Table table({"SENT", "RECIPIENT", "SUBJECT", "STATE", "TRIES", "FIRST OPENED", "CHANGED", "EXPIRES", "MESSAGE",
                  "MESSAGE ID"});
     nlohmann::json records = nlohmann::json::array();

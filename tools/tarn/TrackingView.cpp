@@ -10,16 +10,18 @@ std::string stateName(const TrackingState& state)
     using namespace std::chrono;
     const auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
     const bool expired = state.expiry != 0 && state.expiry <= now;
-    if (state.locked)
+    if (state.locked) {
         return expired ? "locked, expired" : "locked";
+    }
     return expired ? "expired" : "open";
 }
 
 std::string stateTable(const std::vector<TrackingState>& states)
 {
     Table table({"RECIPIENT", "STATE", "EXPIRES", "MESSAGE"});
-    for (const auto& state : states)
+    for (const auto& state : states) {
         table.add({state.recipient, stateName(state), localTime(state.expiry), state.message});
+    }
     return table.text();
 }
 
@@ -32,11 +34,12 @@ nlohmann::json stateObject(const TrackingState& state)
             {"expires", isoTime(state.expiry)}};
 }
 
-nlohmann::json stateObjects(const std::vector<TrackingState>& states)
+nlohmann::json stateObjects(std::span<const TrackingState> states)
 {
     nlohmann::json objects = nlohmann::json::array();
-    for (const auto& state : states)
+    for (const auto& state : states) {
         objects.push_back(stateObject(state));
+    }
     return objects;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Library.h"
+#include "Time.h"
 #include <nlohmann/json.hpp>
+#include <span>
 #include <string>
+#include <tarn/Types.h>
 #include <vector>
 
 namespace tarn {
@@ -11,6 +13,6 @@ namespace tarn {
 std::string stateName(const TrackingState& state);
 std::string stateTable(const std::vector<TrackingState>& states);
 nlohmann::json stateObject(const TrackingState& state);
-nlohmann::json stateObjects(const std::vector<TrackingState>& states);
+nlohmann::json stateObjects(std::span<const TrackingState> states);
 
 } // namespace tarn

@@ -8,13 +8,15 @@ namespace tarn {
 
 Waiting::Waiting()
 {
-    if (!host::showsErrors())
+    if (!host::showsErrors()) {
         return;
-    announcer = std::jthread([this](const std::stop_token& stop) {
-        std::unique_lock lock(mutex);
-        ended.wait_for(lock, stop, std::chrono::seconds(2), [] { return false; });
-        if (!stop.stop_requested())
+    }
+    announcer_ = std::jthread([this](const std::stop_token& stop) {
+        std::unique_lock lock(mutex_);
+        ended_.wait_for(lock, stop, std::chrono::seconds(2), [] { return false; });
+        if (!stop.stop_requested()) {
             Output::note("waiting for the daemon... (Ctrl-C ends it)");
+        }
     });
 }
 

@@ -14,9 +14,9 @@ public:
     Waiting();
 
 private:
-    std::mutex mutex;
-    std::condition_variable_any ended;
-    std::jthread announcer; // the last member: its thread uses the others
+    std::mutex mutex_;
+    std::condition_variable_any ended_;
+    std::jthread announcer_; // the last member: its thread uses the others
 };
 
 } // namespace tarn

@@ -2,7 +2,7 @@
 #include "Failure.h"
 #include "Host.h"
 #include "Interrupt.h"
-#include <algorithm>
+#include <stdexcept>
 
 namespace tarn {
 
@@ -29,7 +29,7 @@ std::unique_ptr<CLI::App> makeApp(Context& context)
     app->fallthrough(); // the options of all commands may also follow the command
     app->set_version_flag("--version", TARN_VERSION);
     app->add_flag("--json", context.output.asJson, "Print the result as a JSON object");
-    app->add_flag("--log", context.library.exchange.showLog, "Print the operation log on standard error");
+    app->add_flag("--log", context.showLog, "Print the operation log on standard error");
     addLifecycleCommands(*app, context);
     addLoginCommands(*app, context);
     addEncryptCommand(*app, context);
@@ -39,33 +39,57 @@ std::unique_ptr<CLI::App> makeApp(Context& context)
     addSettingCommands(*app, context);
     addKeyServerCommands(*app, context);
     addEnrollCommand(*app, context);
-    for (auto* command : app->get_subcommands({}))
+    for (auto* command : app->get_subcommands({})) {
         command->footer("\nAlso --json and --log, as with every command.");
+    }
     return app;
+}
+
+// Its question for the version also gives the other calls the client version that they send along.
+void reach(Client& client)
+{
+    try {
+        client.version();
+    } catch (const StatusError&) {
+        // Whatever it answers, it listens.
+    }
 }
 
 Exit run(const std::vector<std::string>& arguments)
 {
     Context context;
+    const auto report = [&](const Failure& failure) {
+        context.output.failure(failure);
+        return failure.exitCode;
+    };
     try {
         const auto app = makeApp(context);
         try {
             app->parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         } catch (const CLI::ParseError& error) {
             const auto unknown = app->remaining();
-            if (app->get_subcommands().empty() && !unknown.empty())
+            if (app->get_subcommands().empty() && !unknown.empty()) {
                 throw Failure(Exit::usage, "\"" + unknown.front() + "\" is no command; \"tarn --help\" lists them");
+            }
             const bool asked = app->exit(error) == 0; // prints the help or the error
             Output::flush();
             return asked ? Exit::success : Exit::usage;
         }
-        if (context.needsDaemon)
-            context.library.reach();
+        if (context.needsDaemon) {
+            reach(context.client);
+        }
         context.action();
         return Exit::success;
     } catch (const Failure& failure) {
-        context.output.failure(failure);
-        return failure.exitCode;
+        return report(failure);
+    } catch (const StatusError& error) {
+        return report(refusal(error, error.what()));
+    } catch (const NoDaemon& error) {
+        return report({Exit::noDaemon, error.what() + std::string("; \"tarn start\" launches it")});
+    } catch (const Error& error) {
+        return report({Exit::exchange, error.what() + std::string("; --log shows how far it came")});
+    } catch (const std::logic_error& error) { // what the client is given is too much for it, or not fit for it
+        return report({Exit::usage, error.what()});
     }
 }
 

@@ -14,8 +14,9 @@ volatile int hiddenTerminal = -1; // the terminal whose echo is off
 
 void hideEcho(int terminal)
 {
-    if (tcgetattr(terminal, &formerState) != 0)
+    if (tcgetattr(terminal, &formerState) != 0) {
         return;
+    }
     termios hidden = formerState;
     hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     hidden.c_lflag |= ECHONL;
@@ -32,8 +33,9 @@ std::optional<std::string> readLine(int terminal)
 {
     std::string line;
     for (char byte = 0; read(terminal, &byte, 1) == 1;) {
-        if (byte == '\n')
+        if (byte == '\n') {
             return line;
+        }
         line += byte;
     }
     return std::nullopt;
@@ -64,22 +66,20 @@ bool showsErrors()
     return isatty(STDERR_FILENO) == 1;
 }
 
-void releaseTaskMemory(void* memory)
-{
-    std::free(memory);
-}
-
 std::optional<std::string> ask(const std::string& question, Echo echo)
 {
     const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
-    if (terminal < 0)
+    if (terminal < 0) {
         return std::nullopt;
+    }
     // The echo goes first: a secret may be typed as soon as the question stands there.
-    if (echo == Echo::hidden)
+    if (echo == Echo::hidden) {
         hideEcho(terminal);
+    }
     std::optional<std::string> line;
-    if (writeAll(terminal, question))
+    if (writeAll(terminal, question)) {
         line = readLine(terminal);
+    }
     restoreEcho();
     close(terminal);
     return line;
@@ -87,8 +87,9 @@ std::optional<std::string> ask(const std::string& question, Echo echo)
 
 void restoreEcho()
 {
-    if (hiddenTerminal < 0)
+    if (hiddenTerminal < 0) {
         return;
+    }
     tcsetattr(hiddenTerminal, TCSAFLUSH, &formerState);
     hiddenTerminal = -1;
 }

@@ -1,6 +1,5 @@
 #include "../../Host.h"
 
-#include "../../Text.h"
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
@@ -10,7 +9,6 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-#include <objbase.h>
 #include <shellapi.h>
 
 namespace tarn::host {
@@ -34,6 +32,29 @@ HANDLE openConsole(const wchar_t* name)
     return console == INVALID_HANDLE_VALUE ? nullptr : console;
 }
 
+std::string toBytes(UINT codePage, const std::wstring& wide)
+{
+    const int length = static_cast<int>(wide.size());
+    const int size = WideCharToMultiByte(codePage, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(codePage, 0, wide.data(), length, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+std::string toUtf8(const std::wstring& wide)
+{
+    return toBytes(CP_UTF8, wide);
+}
+
+std::wstring toWide(const std::string& utf8)
+{
+    const int length = static_cast<int>(utf8.size());
+    const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(size), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), size);
+    return wide;
+}
+
 bool writeAll(HANDLE console, const std::wstring& text)
 {
     DWORD written = 0;
@@ -45,10 +66,12 @@ std::optional<std::string> readLine(HANDLE console)
     std::wstring line;
     wchar_t unit = 0;
     for (DWORD count = 0; ReadConsoleW(console, &unit, 1, &count, nullptr) && count == 1;) {
-        if (unit == L'\n')
+        if (unit == L'\n') {
             return toUtf8(line);
-        if (unit != L'\r')
+        }
+        if (unit != L'\r') {
             line += unit;
+        }
     }
     return std::nullopt;
 }
@@ -58,8 +81,9 @@ std::optional<std::string> readLine(HANDLE console)
 void prepare()
 {
     SetConsoleOutputCP(CP_UTF8);
-    for (FILE* stream : {stdin, stdout, stderr})
+    for (FILE* stream : {stdin, stdout, stderr}) {
         _setmode(_fileno(stream), _O_BINARY);
+    }
 }
 
 std::vector<std::string> arguments(int, char**)
@@ -68,8 +92,9 @@ std::vector<std::string> arguments(int, char**)
     const std::unique_ptr<wchar_t*, decltype(&LocalFree)> texts(CommandLineToArgvW(GetCommandLineW(), &count),
                                                                 &LocalFree);
     std::vector<std::string> arguments;
-    for (int i = 1; texts && i < count; ++i)
+    for (int i = 1; texts && i < count; ++i) {
         arguments.push_back(toUtf8(texts.get()[i]));
+    }
     return arguments;
 }
 
@@ -81,12 +106,7 @@ std::optional<std::string> environment(const char* name)
 
 std::string systemText(const std::string& utf8)
 {
-    const std::wstring wide = toWide(utf8);
-    const int length = static_cast<int>(wide.size());
-    const int size = WideCharToMultiByte(CP_ACP, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string text(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, wide.data(), length, text.data(), size, nullptr, nullptr);
-    return text;
+    return toBytes(CP_ACP, toWide(utf8));
 }
 
 bool showsErrors()
@@ -94,34 +114,33 @@ bool showsErrors()
     return _isatty(_fileno(stderr)) != 0;
 }
 
-void releaseTaskMemory(void* memory)
-{
-    CoTaskMemFree(memory);
-}
-
 std::optional<std::string> ask(const std::string& question, Echo echo)
 {
     const Handle input(openConsole(L"CONIN$"));
     const Handle output(openConsole(L"CONOUT$"));
-    if (!input || !output)
+    if (!input || !output) {
         return std::nullopt;
+    }
     if (echo == Echo::hidden && GetConsoleMode(input.get(), &formerMode)) {
         hiddenConsole = input.get();
         SetConsoleMode(hiddenConsole, formerMode & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
     }
     std::optional<std::string> line;
-    if (writeAll(output.get(), toWide(question)))
+    if (writeAll(output.get(), toWide(question))) {
         line = readLine(input.get());
+    }
     restoreEcho();
-    if (echo == Echo::hidden)
+    if (echo == Echo::hidden) {
         writeAll(output.get(), L"\r\n");
+    }
     return line;
 }
 
 void restoreEcho()
 {
-    if (hiddenConsole)
+    if (hiddenConsole) {
         SetConsoleMode(hiddenConsole, formerMode);
+    }
     hiddenConsole = nullptr;
 }
 

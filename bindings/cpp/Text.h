@@ -1,0 +1,50 @@
+#pragma once
+
+#include <TarnRemoteClient.h>
+#include <string>
+#include <string_view>
+#include <tarn/Types.h>
+#include <vector>
+
+namespace tarn::detail {
+
+using WideString = std::basic_string<TarnWideChar>;
+
+// Ill-formed input becomes U+FFFD.
+WideString toWide(std::string_view utf8);
+std::string toUtf8(std::basic_string_view<TarnWideChar> wide);
+
+std::vector<std::string> split(std::string_view text, std::string_view delimiter);
+
+// The library's map texts: "key: value; " for each entry.
+std::vector<KeyValue> parseMapText(std::string_view text);
+
+// The forms in which texts go to the library. It would cut a text at a zero character: such a text is refused. These
+// are temporary objects that live as long as the call.
+class Narrow
+{
+public:
+    explicit Narrow(const std::string& text);
+    operator const char*() const { return text_.c_str(); }
+
+private:
+    const std::string& text_;
+};
+
+class Wide
+{
+public:
+    explicit Wide(const std::string& text) : text_(toWide(static_cast<const char*>(Narrow(text)))) {}
+    operator const TarnWideChar*() const { return text_.c_str(); }
+
+private:
+    WideString text_;
+};
+
+// Addresses with ";" between them, which no address may hold.
+std::string addressList(const std::vector<std::string>& addresses);
+
+// Refuses a text that the library would later return within a list, and that would there look like two.
+const std::string& withoutListDelimiter(const std::string& text);
+
+} // namespace tarn::detail

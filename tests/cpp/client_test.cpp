@@ -1,0 +1,183 @@
+// What breaks in the C++ wrapper. Requests and outputs of the functions beneath it have tests of their own.
+#include "support/ScriptedDaemon.h"
+#include "support/Wire.h"
+
+#include <TarnRemoteClient.h>
+#include <gtest/gtest.h>
+#include <tarn/Client.h>
+
+using namespace tarn;
+using namespace wire;
+
+namespace {
+
+// What the library logs last when an exchange has failed, as a text of the daemon's.
+const std::string failureLine = "\n[TarnRemoteClient:31] Unexpected exception occured. GetLastError() : 104";
+
+std::string answer(std::string_view code, int status, Params more = {})
+{
+    more.insert(more.begin(), {"st", shortInt(status)});
+    return message(code, more);
+}
+
+class CppClient : public testing::Test
+{
+protected:
+    // A connection that is known to be open.
+    void connect()
+    {
+        daemon.play(answer("ST", 0, {{"v ", "7"}, {"bn", int32(1)}}));
+        client.version();
+    }
+
+    ScriptedDaemon daemon;
+    Client client;
+};
+
+template <class Thrown, class Call>
+Thrown thrownBy(Call call)
+{
+    try {
+        call();
+    } catch (const Thrown& thrown) {
+        return thrown;
+    }
+    throw std::runtime_error("no such exception");
+}
+
+} // namespace
+
+TEST_F(CppClient, TextsThatLookLikeAFailureAreAnswers)
+{
+    daemon.play(answer("VC", 3, {{"em", "no" + failureLine}}));
+    const auto refused = thrownBy<StatusError>([&] { client.verifyConfig("a@b", ""); });
+    EXPECT_EQ(refused.status(), 3);
+    EXPECT_EQ(refused.message(), "no");
+
+    daemon.play(answer("VC", -1, {{"em", failureLine}}));
+    EXPECT_EQ(thrownBy<StatusError>([&] { client.verifyConfig("a@b", ""); }).status(), -1);
+
+    daemon.play(answer("LT", 0, {{"em", failureLine}, {"sl", sequence({"de", "Deutsch", "x", "y; z"})}}));
+    const auto locales = client.locales("");
+    ASSERT_EQ(locales.size(), 2u);
+    EXPECT_EQ(locales[0].key + "=" + locales[0].value, "de=Deutsch");
+    EXPECT_EQ(locales[1].value, "y; z");
+
+    daemon.play(answer("SD", 5, {{"em", "x\n[TarnRemoteClient:60] Status code: 0"}}));
+    EXPECT_EQ(thrownBy<StatusError>([&] { client.stopDaemon(); }).status(), 5);
+}
+
+TEST_F(CppClient, NothingIsCalledAfterABrokenExchange)
+{
+    connect();
+    const std::string refusal = answer("LS", 2);
+    // The status has arrived, and still the reply is none.
+    daemon.play(refusal.substr(0, refusal.size() - 4) + std::string(4, '\0'));
+    EXPECT_THROW(client.login("a@b", {"p", ""}), ExchangeError);
+    const auto requests = daemon.requests().size();
+    Client another;
+    for (const auto& call : std::vector<std::function<void()>>{[&] { client.version(); }, [&] { another.stopDaemon(); },
+                                                               [&] { another.payloadStatus("e", "", {"a@b"}); }}) {
+        EXPECT_THROW(call(), OutOfStep);
+    }
+    EXPECT_EQ(daemon.requests().size(), requests);
+}
+
+TEST_F(CppClient, AnEncryptionThatBreaksDownAfterItsLoginIsNoEnvelope)
+{
+    daemon.play(answer("LS", 0, {{"sl", sequence({"k", "v"})}}));
+    daemon.play("HTTP/1.1 400 Bad Request");
+    EXPECT_THROW(client.encrypt({.from = "a@b", .to = {"c@d"}, .message = "m"}, {"p", ""}), ExchangeError);
+    EXPECT_THROW(client.version(), OutOfStep);
+}
+
+TEST_F(CppClient, ARefusedLoginWithinAnEncryptionHasItsStatus)
+{
+    for (const int status : {2, -1}) {
+        daemon.play(answer("LS", status));
+        const auto refused = thrownBy<StatusError>([&] {
+            client.encrypt({.from = "a@b", .to = {"c@d"}, .message = "m"}, {"p", ""});
+        });
+        EXPECT_EQ(refused.status(), status);
+        EXPECT_EQ(refused.log(), "");
+    }
+}
+
+TEST_F(CppClient, LoginTellsItsDetail)
+{
+    daemon.play(answer("LS", 18, {{"se", int64(30)}, {"em", "too often"}}));
+    const auto refused = thrownBy<StatusError>([&] { client.login("a@b", {"p", ""}); });
+    EXPECT_EQ(refused.detail(), "30");
+    EXPECT_EQ(refused.message(), "too often");
+    EXPECT_EQ(refused.log(), client.lastLog());
+}
+
+TEST_F(CppClient, ListsWhoseTextsHoldTheDelimiterAreRefused)
+{
+    connect();
+    const std::string delimiter = TARN_LIST_DELIMITER;
+    daemon.play(answer("DE", 20, {{"em", "Call" + delimiter + "me"}}));
+    daemon.play(answer("DE", 5));
+    EXPECT_THROW(client.payloadStatus("e", "", {"a@b", "c@d"}), MalformedAnswer);
+    daemon.play(answer("DE", 20, {{"em", "Call me"}}));
+    daemon.play(answer("DE", 5));
+    const PayloadStatus found = client.payloadStatus("e", "", {"a@b", "c@d"});
+    EXPECT_EQ(found.recipients.at(0).text, "Call me");
+    EXPECT_EQ(found.recipients.at(1).recipient, "c@d");
+    EXPECT_EQ(found.lastStatus, 5);
+
+    const auto requests = daemon.requests().size();
+    EXPECT_THROW(client.setTracking("e", {"a@b", true, "x" + delimiter, 0}, {}), std::invalid_argument);
+    EXPECT_THROW(client.setRecords({{"to", "a@b"}}, {"", true, delimiter, 0}, {}), std::invalid_argument);
+    EXPECT_THROW(client.payloadStatus("e", "", {"a@b;c@d"}), std::invalid_argument);
+    EXPECT_THROW(client.login(std::string("a\0b", 3), {}), std::invalid_argument);
+    EXPECT_EQ(daemon.requests().size(), requests);
+}
+
+TEST_F(CppClient, TextsThatCouldOverflowTheLogAreRefused)
+{
+    connect();
+    const auto requests = daemon.requests().size();
+    const std::vector<std::string> many(400, "someone@example.com");
+    EXPECT_THROW(client.encrypt({.from = "a@b", .bcc = many, .message = "m"}, {"p", ""}), LogTooSmall);
+    EXPECT_THROW(client.sent({.user = "a@b", .max = 1, .sortBy = std::string(40000, 'x')}, {}), LogTooSmall);
+    EXPECT_EQ(daemon.requests().size(), requests);
+    // The reply's recipients are counted before they are asked for.
+    daemon.play(answer("DE", 0, {{"tr", sequence(many)}}));
+    EXPECT_THROW(client.tracking("e", {}), LogTooSmall);
+}
+
+TEST_F(CppClient, WideTextsComeThrough)
+{
+    const std::string text = "Gr\xC3\xBC\xC3\x9F"
+                             "e \xF0\x9F\x94\x92 \xEF\xBF\xBD \xE2\x82\xAC";
+    daemon.play(answer("SI", 0));
+    client.setTracking("e", {"a@b", true, text, 7}, {});
+    EXPECT_NE(daemon.requests().at(0).find(text), std::string::npos);
+    daemon.play(answer("MI", 0,
+                       {{"mx", int32(1)},
+                        {"ri", sequence({parameters({{"da", sequence({"to", "a@b", "statusMsg", text, "msgId", "m",
+                                                                      "subject", text, "expiryDate", "9"})}})})}}));
+    const SentPage page = client.sent({.user = "a@b", .max = 1}, {});
+    ASSERT_EQ(page.records.size(), 1u);
+    EXPECT_EQ(page.records[0].subject, text);
+    EXPECT_EQ(page.records[0].state.expiry, 9);
+
+    // Ill-formed input: each byte of it, and a lone surrogate.
+    daemon.play(answer("SI", 0));
+    client.setTracking("e", {"a@b", true, "<\xFF\xC3|\xED\xA0\x80>", 7}, {});
+    const std::string replacement = "\xEF\xBF\xBD";
+    std::string expected = "<";
+    expected += replacement + replacement + "|" + replacement + replacement + replacement + ">";
+    EXPECT_NE(daemon.requests().at(2).find(expected), std::string::npos);
+}
+
+TEST(CppClientAlone, WithoutADaemonALaterCallMayReachOne)
+{
+    Client client;
+    EXPECT_THROW(client.version(), NoDaemon);
+    EXPECT_THROW(client.enrollParameters("a@b", "https://k", ""), NoDaemon);
+    ScriptedDaemon daemon;
+    daemon.play(answer("ST", 0, {{"v ", "7"}, {"bn", int32(1)}}));
+    EXPECT_EQ(client.version(), "7-1");
+}
