@@ -10,7 +10,6 @@
 
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 
 #include <objbase.h>
@@ -91,7 +90,7 @@ void* reserve(std::size_t size)
 OutputBuffer::OutputBuffer(std::size_t units, std::size_t unitSize) : memory_(nullptr), size_(0)
 {
     // Where so much address space is not to be had, less of it protects as well.
-    const std::size_t largest = (reservesFreely ? std::max(units, largestParameter) : units) + 1;
+    const std::size_t largest = (reservesFreely ? (std::max)(units, largestParameter) : units) + 1;
     for (const std::size_t wanted : {largest, units, room::value}) {
         size_ = (wanted * unitSize + guardSize - 1) / guardSize * guardSize;
         memory_ = reserve(size_);
