@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Call.h"
 #include "Output.h"
-#include "Waiting.h"
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
@@ -15,11 +15,12 @@ struct Context
 {
     Output output;
     bool showLog = false;
+    unsigned timeLimit = 0; // seconds for a call, 0 for none
     std::function<void()> action;
     bool needsDaemon = true;
     Client client{[this](const char* function, const std::function<void()>& call) {
         {
-            const Waiting waiting;
+            const RunningCall running(timeLimit);
             call();
         }
         if (showLog) {

@@ -20,7 +20,7 @@ struct DecryptOptions
     std::string out;
     bool overwrite = false;
     std::string recipient;
-    std::string sessionKey;
+    std::string sessionKeyFile;
     bool keepOpen = false;
     std::string saveConfig;
     std::string config;
@@ -34,16 +34,19 @@ public:
     explicit OutputFolder(fs::path folder) : path(std::move(folder))
     {
         std::error_code error;
-        made = fs::create_directories(path, error);
+        made_ = fs::create_directories(path, error);
         if (error || !fs::is_directory(path)) {
             throw Failure(Exit::file, toText(path) + " cannot be made: " +
                                           (error ? error.message() : std::string("a file of this name exists")));
+        }
+        if (made_) {
+            makePrivate(path);
         }
     }
     ~OutputFolder()
     {
         std::error_code ignored;
-        if (made) {
+        if (made_) {
             fs::remove(path, ignored); // of empty folders only
         }
     }
@@ -53,14 +56,22 @@ public:
     const fs::path path;
 
 private:
-    const InterruptDelay delay;
-    bool made = false;
+    const InterruptDelay delay_;
+    bool made_ = false;
 };
 
-std::string passwordFor(const DecryptOptions& options)
+std::string sessionKey(const DecryptOptions& options)
+{
+    if (!options.sessionKeyFile.empty()) {
+        return readLines(options.sessionKeyFile).front();
+    }
+    return host::environment("TARN_SESSION_KEY").value_or("");
+}
+
+std::string passwordFor(const DecryptOptions& options, const std::string& key)
 {
     // With a session key a password may be given, but is not asked for.
-    if (options.sessionKey.empty() || !options.passwordFile.empty()) {
+    if (key.empty() || !options.passwordFile.empty()) {
         return password(options.passwordFile, options.recipient);
     }
     return host::environment("TARN_PASSWORD").value_or("");
@@ -81,7 +92,7 @@ Written writeItems(Client& client, const DecryptOptions& options, const std::str
     Written written;
     while (const auto item = client.nextItem()) {
         const std::string name = names.next(item->name, item->contentType);
-        files.emplace_back(folder.path / toPath(name), options.overwrite).write(item->data);
+        files.emplace_back(folder.path / toPath(name), FileTraits{options.overwrite, true, true}).write(item->data);
         written.table.add({name, std::to_string(item->data.size()), item->contentType});
         written.items.push_back({{"file", name},
                                  {"name", item->name},
@@ -91,7 +102,7 @@ Written writeItems(Client& client, const DecryptOptions& options, const std::str
                                  {"type", item->type}});
     }
     if (!options.saveConfig.empty()) {
-        files.emplace_back(toPath(options.saveConfig), options.overwrite).write(encodedConfig + "\n");
+        files.emplace_back(toPath(options.saveConfig), FileTraits{options.overwrite, true}).write(encodedConfig + "\n");
     }
     for (auto& file : files) {
         file.commit();
@@ -102,9 +113,13 @@ Written writeItems(Client& client, const DecryptOptions& options, const std::str
 void decrypt(Context& context, const DecryptOptions& options)
 {
     refuseExisting(toPath(options.saveConfig), options.overwrite);
-    const DecryptRequest request{readTextFile(options.envelope), options.recipient, options.sessionKey,
+    if (options.out == "-") {
+        throw Failure(Exit::usage, "an envelope can hold several files: --out is a folder");
+    }
+    const DecryptRequest request{readTextFile(options.envelope), options.recipient, sessionKey(options),
                                  options.keepOpen};
-    const Decryption decryption = context.client.decrypt(request, {passwordFor(options), absolutePath(options.config)});
+    const Decryption decryption =
+        context.client.decrypt(request, {passwordFor(options, request.sessionKey), absolutePath(options.config)});
     const Written written = writeItems(context.client, options, decryption.encodedConfig);
     std::string text = "From " + printable(decryption.from) + "\n" + written.table.text();
     if (!decryption.key.empty()) {
@@ -123,7 +138,8 @@ void addDecryptCommand(CLI::App& app, Context& context)
     command->add_option("--out", options->out, "The folder, made when missing")->required();
     command->add_flag("--force", options->overwrite, "Overwrite existing files");
     command->add_option("--recipient", options->recipient, "The address that the envelope is opened for");
-    command->add_option("--session-key", options->sessionKey, "A session key; it appears in the operation log");
+    command->add_option("--session-key-file", options->sessionKeyFile,
+                        "File whose first line is a session key; without it TARN_SESSION_KEY");
     command->add_flag("--keep-open", options->keepOpen, "Ask the daemon to keep the envelope open");
     command->add_option("--save-config", options->saveConfig,
                         "File for the envelope's configuration, for encrypt --envelope-config");

@@ -51,8 +51,8 @@ Envelope encryptOrExplain(Client& client, const EncryptRequest& request, const A
         if (!error.log().empty()) {
             throw;
         }
-        throw refusal(error, "the login of " + request.from + " was answered with status " +
-                                 std::to_string(error.status()) + "; \"tarn login " + request.from + "\" tells why");
+        throw refusal(error, "the login of " + request.from + " was answered with " + statusText(error.status()) +
+                                 "; \"tarn login " + request.from + "\" tells why");
     } catch (const LogTooSmall& error) {
         throw Failure(Exit::usage, error.what() + std::string("; send the message to fewer recipients at a time"));
     }
@@ -78,8 +78,8 @@ void encrypt(Context& context, const EncryptOptions& options)
     std::list<OutputFile> files;
     const auto give = [&](const std::string& file, const std::string& content, const char* name, const char* title) {
         if (!file.empty()) {
-            files.emplace_back(toPath(file), options.overwrite).write(content);
-            text += std::string(title) + " written to " + file + "\n";
+            files.emplace_back(toPath(file), FileTraits{options.overwrite}).write(content);
+            text += std::string(title) + " written to " + printable(file) + "\n";
             object[std::string(name) + "File"] = file;
         } else {
             object[name] = content;
@@ -91,7 +91,11 @@ void encrypt(Context& context, const EncryptOptions& options)
     for (auto& file : files) {
         file.commit();
     }
-    context.output.result(options.out.empty() ? envelope.envelope : text, object);
+    if (options.out.empty()) {
+        context.output.document(envelope.envelope, object);
+    } else {
+        context.output.result(text, object);
+    }
 }
 
 } // namespace
@@ -107,7 +111,7 @@ void addEncryptCommand(CLI::App& app, Context& context)
     command->add_option("--to", options->to, "A recipient; may be repeated")->allow_extra_args(false);
     command->add_option("--cc", options->cc, "A recipient of a copy; may be repeated")->allow_extra_args(false);
     command->add_option("--bcc", options->bcc, "A hidden recipient; may be repeated")->allow_extra_args(false);
-    command->add_option("--out", options->out, "File for the envelope (default: standard output)");
+    command->add_option("--out", options->out, "File for the envelope (default, and -: standard output)");
     command->add_option("--text", options->textOut, "File for the text body that goes with the envelope");
     command->add_option("--html", options->htmlOut, "File for the HTML body that goes with the envelope");
     command->add_flag("--force", options->overwrite, "Overwrite existing files");
@@ -116,7 +120,12 @@ void addEncryptCommand(CLI::App& app, Context& context)
                         "Envelope configuration, or a file with it, as decrypt --save-config saves it; no login then");
     command->add_flag("--no-login", options->noLogin, "Do not log the sender in first");
     addPasswordOption(command, options->passwordFile);
-    onRun(command, context, options, encrypt);
+    command->callback([&context, options] {
+        if (options->out == "-") {
+            options->out.clear();
+        }
+        context.action = [&context, options] { encrypt(context, *options); };
+    });
 }
 
 } // namespace tarn

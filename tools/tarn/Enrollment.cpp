@@ -109,7 +109,7 @@ void enroll(Context& context, const EnrollOptions& options)
     const auto result = runStages(context, form);
 
     nlohmann::json answers = nlohmann::json::object();
-    std::string text = form.address + " is enrolled.\n";
+    std::string text = printable(form.address) + " is enrolled.\n";
     for (const auto& [key, value] : result) {
         answers[key] = value;
         text += printable(key + ": " + value) + "\n";

@@ -7,8 +7,17 @@
 
 namespace tarn {
 
-// The process's exit codes; docs/tarn.md explains them to users.
-enum class Exit { success = 0, refused = 1, usage = 2, noDaemon = 3, file = 4, exchange = 5, interrupted = 130 };
+// The process's exit codes; docs/tarn.md explains them to users. Besides these, 128 plus a signal's number.
+enum class Exit {
+    success = 0,
+    refused = 1,
+    usage = 2,
+    noDaemon = 3,
+    file = 4,
+    exchange = 5,
+    tooLarge = 6,
+    timeout = 7
+};
 
 // Ends the command with a message for the user, an exit code, and what --json tells besides.
 class Failure : public std::runtime_error
@@ -23,13 +32,16 @@ public:
     const nlohmann::json details;
 };
 
-// What the daemon's refusal of a request is for the user; the text may say more than the error itself.
-inline Failure refusal(const StatusError& error, const std::string& text,
-                       nlohmann::json details = nlohmann::json::object())
-{
-    details["status"] = error.status();
-    details["message"] = error.message();
-    return {Exit::refused, text, std::move(details)};
-}
+// What a status is to a user, empty for one that is not known here.
+std::string statusName(std::int32_t status);
+
+// A status with its name.
+std::string statusText(std::int32_t status);
+
+// What the daemon's refusal of a request is to a user.
+std::string describe(const StatusError& error);
+
+// The same, or a text that says more, as the end of the command.
+Failure refusal(const StatusError& error, const std::string& text, nlohmann::json details = nlohmann::json::object());
 
 } // namespace tarn

@@ -1,6 +1,7 @@
 #include "Files.h"
 
 #include "Failure.h"
+#include "Host.h"
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -31,6 +32,7 @@ fs::path makeStagingFolder(const fs::path& target)
         fs::path staging = folder / (".tarn-" + std::to_string(random()));
         std::error_code error;
         if (fs::create_directory(staging, error)) {
+            makePrivate(staging);
             return staging;
         }
         if (error) {
@@ -87,15 +89,26 @@ std::string readFile(const std::string& name)
 std::string readTextFile(const std::string& name)
 {
     std::string content = readFile(name);
+    refuseUnfitText(name, content);
+    return content;
+}
+
+void refuseUnfitText(const std::string& name, const std::string& content)
+{
+    const std::string source = name == "-" ? "standard input" : name;
     if (content.empty()) {
-        throw Failure(Exit::usage, (name == "-" ? "standard input" : name) + " is empty");
+        throw Failure(Exit::usage, source + " is empty");
     }
     if (const auto zero = content.find('\0'); zero != content.npos) {
-        throw Failure(Exit::usage, (name == "-" ? "standard input" : name) + " holds a zero byte (at offset " +
-                                       std::to_string(zero) +
+        throw Failure(Exit::usage, source + " holds a zero byte (at offset " + std::to_string(zero) +
                                        "): it is no mail text. Is it in UTF-16, or a raw attachment?");
     }
-    return content;
+}
+
+void makePrivate(const fs::path& path)
+{
+    const auto owner = fs::is_directory(path) ? fs::perms::owner_all : fs::perms::owner_read | fs::perms::owner_write;
+    fs::permissions(path, owner);
 }
 
 void refuseExisting(const fs::path& target, bool overwrite)
@@ -110,56 +123,66 @@ void refuseExisting(const fs::path& target, bool overwrite)
     }
 }
 
-OutputFile::OutputFile(fs::path target_, bool overwrite_) : target(std::move(target_)), overwrite(overwrite_)
+OutputFile::OutputFile(fs::path target, FileTraits traits) : target_(std::move(target)), traits_(traits)
 {
-    refuseExisting(target, overwrite);
+    refuseExisting(target_, traits_.overwrite);
     std::error_code error;
-    const bool exists = fs::exists(target, error);
-    if (exists && !fs::is_regular_file(target, error)) {
+    const bool exists = fs::exists(target_, error);
+    if (exists && !fs::is_regular_file(target_, error)) {
+        if (traits_.nameFromOutside) {
+            throw Failure(Exit::file, toText(target_) + " is there already, and is no regular file");
+        }
         return;
     }
     if (exists) {
-        target = fs::canonical(target); // a link keeps pointing to the file
+        target_ = fs::canonical(target_); // a link keeps pointing to the file
     }
-    delay.emplace();
-    staging = makeStagingFolder(target);
+    delay_.emplace();
+    staging_ = makeStagingFolder(target_);
 }
 
 OutputFile::~OutputFile()
 {
     std::error_code ignored;
-    if (!staging.empty()) {
-        fs::remove_all(staging, ignored);
+    if (!staging_.empty()) {
+        fs::remove_all(staging_, ignored);
     }
 }
 
 void OutputFile::write(std::string_view data)
 {
     errno = 0;
-    std::ofstream file(staging.empty() ? target : staging / stagedName, std::ios::binary);
+    const fs::path path = staging_.empty() ? target_ : staging_ / stagedName;
+    std::ofstream file(path, std::ios::binary);
+    if (file && traits_.confidential && !staging_.empty()) {
+        makePrivate(path);
+    }
     for (std::size_t start = 0; start < data.size() && file; start += chunkSize) {
         const auto chunk = data.substr(start, chunkSize);
         file.write(chunk.data(), static_cast<std::streamsize>(chunk.size()));
-        if (delay) {
+        if (delay_) {
             InterruptDelay::check();
         }
     }
     file.close();
     if (!file) {
-        throw fileFailure(toText(target), "cannot be written", errno);
+        throw fileFailure(toText(target_), "cannot be written", errno);
     }
 }
 
 void OutputFile::commit()
 {
-    if (staging.empty()) {
+    if (staging_.empty()) {
         return;
     }
-    refuseExisting(target, overwrite);
     std::error_code error;
-    fs::rename(staging / stagedName, target, error);
+    if (traits_.overwrite) {
+        fs::rename(staging_ / stagedName, target_, error);
+    } else {
+        error = host::renameUnlessTaken(staging_ / stagedName, target_);
+    }
     if (error) {
-        throw Failure(Exit::file, toText(target) + " cannot be written: " + error.message());
+        throw Failure(Exit::file, toText(target_) + " cannot be written: " + error.message());
     }
 }
 

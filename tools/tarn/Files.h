@@ -14,21 +14,35 @@ std::string toText(const std::filesystem::path& path);
 // The daemon has a current folder of its own: paths go to it whole. An empty text stays empty.
 std::string absolutePath(const std::string& utf8);
 
+// Lets nobody but the owner into a folder, or at a file.
+void makePrivate(const std::filesystem::path& path);
+
 // A whole file, or standard input for "-".
 std::string readFile(const std::string& name);
 
 // The same for what the library takes as a zero-terminated text: an empty file and one with zero bytes are refused.
 std::string readTextFile(const std::string& name);
 
+// Refuses a text that the library would cut, or that is empty.
+void refuseUnfitText(const std::string& name, const std::string& content);
+
 // Fails when the target exists and may not be overwritten, so that a command can tell before it calls the daemon.
 void refuseExisting(const std::filesystem::path& target, bool overwrite);
+
+// What OutputFile is told of a file besides its name.
+struct FileTraits
+{
+    bool overwrite = false;
+    bool confidential = false;    // nobody but its owner may read it
+    bool nameFromOutside = false; // the user did not choose the name: it must not lead to a device or a pipe
+};
 
 // A file that appears under its name whole or not at all: it is written in a folder of its own beside the target and
 // moved there by commit(). A target that is no regular file, such as a device, is written to directly.
 class OutputFile
 {
 public:
-    OutputFile(std::filesystem::path target, bool overwrite);
+    OutputFile(std::filesystem::path target, FileTraits traits);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -37,10 +51,10 @@ public:
     void commit();
 
 private:
-    std::filesystem::path target;
-    std::filesystem::path staging; // empty when the target is written to directly
-    bool overwrite;
-    std::optional<InterruptDelay> delay;
+    std::filesystem::path target_;
+    std::filesystem::path staging_; // empty when the target is written to directly
+    FileTraits traits_;
+    std::optional<InterruptDelay> delay_;
 };
 
 } // namespace tarn

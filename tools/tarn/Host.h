@@ -1,13 +1,17 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
+#include <system_error>
 #include <vector>
 
 // What differs between the systems. host/posix and host/windows define it.
 namespace tarn::host {
 
-// Makes standard input and output carry bytes as they are, and a console show UTF-8.
+// First thing in the program: makes standard input and output carry bytes as they are, and a console show UTF-8.
 void prepare();
 
 // The program's arguments in UTF-8, without its name.
@@ -19,15 +23,34 @@ std::optional<std::string> environment(const char* name);
 // A UTF-8 text in the encoding of the system's 8-bit calls.
 std::string systemText(const std::string& utf8);
 
-// Whether a person sees standard error.
+// A name in which letters that some file system takes for equal are equal.
+std::string foldCase(const std::string& utf8);
+
+// Moves a file to a name that is free; fails with errc::file_exists when it is not.
+std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// Whether a program listens on a port of the loopback interface. The connection is closed at once.
+bool listensOn(std::uint16_t port);
+
+// Whether a person sees standard error, or standard output.
 bool showsErrors();
+bool showsOutput();
 
 // Asks at the terminal itself, so standard input may be redirected. Nothing when there is no terminal, or at its end
 // of input. What is typed to a hidden question is not shown.
 enum class Echo { shown, hidden };
 std::optional<std::string> ask(const std::string& question, Echo echo);
 
-// Gives the terminal its echo back when a hidden question is open. Safe in a signal handler.
-void restoreEcho();
+// The signals that ask the program to end.
+std::span<const int> endingSignals();
+
+// Calls `onFault` with the address when the program touches memory that it has no access to, and `onAbort` when the
+// C run-time ends it. When they return, the program ends as it would have.
+void watchFaults(void (*onFault)(const void* address), void (*onAbort)());
+
+// These are safe in a signal handler. The first gives the terminal back what was changed of it: the echo while a hidden
+// question is open, and a console's encoding.
+void restoreTerminal();
+void writeError(const char* text);
 
 } // namespace tarn::host

@@ -20,7 +20,7 @@ void onInterrupt(int signal)
         std::signal(signal, onInterrupt);
         return;
     }
-    host::restoreEcho();
+    host::restoreTerminal();
     std::_Exit(128 + signal);
 }
 
@@ -28,12 +28,17 @@ void onInterrupt(int signal)
 
 void endOnInterrupt()
 {
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : host::endingSignals()) {
         // A parent that ignores the signal (nohup, a job in the background) wants it ignored here as well.
         if (std::signal(signal, onInterrupt) == SIG_IGN) {
             std::signal(signal, SIG_IGN);
         }
     }
+}
+
+int notedInterrupt()
+{
+    return noted;
 }
 
 InterruptDelay::InterruptDelay()
@@ -49,7 +54,7 @@ InterruptDelay::~InterruptDelay()
 void InterruptDelay::check()
 {
     if (noted) {
-        throw Failure(Exit::interrupted, "interrupted, nothing was written");
+        throw Failure(static_cast<Exit>(128 + noted), "interrupted, nothing was written");
     }
 }
 

@@ -6,6 +6,9 @@ namespace tarn {
 // with exit code 128 plus the signal's number.
 void endOnInterrupt();
 
+// The signal that was noted, 0 without one.
+int notedInterrupt();
+
 // While one of these lives, an interrupt is only noted, so that files under construction can be removed.
 class InterruptDelay
 {

@@ -48,7 +48,7 @@ void body(Context& context, const KeyServerOptions& options)
     if (!text.ends_with('\n')) {
         text += '\n';
     }
-    context.output.result(text, {{"locale", options.locale}, {"text", found.text}, {"html", found.html}});
+    context.output.document(text, {{"locale", options.locale}, {"text", found.text}, {"html", found.html}});
 }
 
 } // namespace

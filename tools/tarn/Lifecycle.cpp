@@ -2,6 +2,7 @@
 #include "Failure.h"
 #include "Files.h"
 #include "Host.h"
+#include "Text.h"
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -23,21 +24,19 @@ struct NoOptions
 void version(Context& context)
 {
     const std::string daemonVersion = context.client.version();
-    context.output.result("daemon " + daemonVersion + "\ntarn   " TARN_VERSION "\n",
+    context.output.result("daemon " + printable(daemonVersion) + "\ntarn   " TARN_VERSION "\n",
                           {{"daemonVersion", daemonVersion}, {"clientVersion", TARN_VERSION}});
 }
 
-void waitUntilListening(Client& client, unsigned seconds)
+// Each failed attempt of the library's to connect would leave a socket open, so the tool tries with its own.
+void waitUntilListening(unsigned seconds)
 {
+    constexpr std::uint16_t port = 53007;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    for (;;) {
-        try {
-            client.version();
-            return;
-        } catch (const NoDaemon&) {
-            if (std::chrono::steady_clock::now() >= deadline) {
-                throw;
-            }
+    while (!host::listensOn(port)) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            throw Failure(Exit::noDaemon, "the launch was accepted, but no daemon listens after " +
+                                              std::to_string(seconds) + " seconds");
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
@@ -48,8 +47,10 @@ int launch(Client& client, const std::string& jar)
     try {
         return client.startDaemon(host::systemText(jar));
     } catch (const StatusError& error) {
-        throw refusal(error, "the system did not launch Java: it answered " + std::to_string(error.status()) +
-                                 (error.status() == 2 ? " (no such program)" : ""));
+        throw Failure(Exit::refused,
+                      "the system did not launch " TARN_JAVA_PATH ": it answered " + std::to_string(error.status()) +
+                          (error.status() == 2 ? " (no such program)" : ""),
+                      {{"launchResult", error.status()}});
     }
 }
 
@@ -66,7 +67,8 @@ void start(Context& context, const StartOptions& options)
     const int answer = launch(context.client, jar);
 
     if (options.waitSeconds > 0) {
-        waitUntilListening(context.client, options.waitSeconds);
+        waitUntilListening(options.waitSeconds);
+        context.client.version();
     }
     context.output.result(options.waitSeconds > 0 ? "The daemon listens.\n" : "The launch was accepted.\n",
                           {{"launchResult", answer}, {"listens", options.waitSeconds > 0}});

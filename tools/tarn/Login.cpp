@@ -2,6 +2,7 @@
 #include "Failure.h"
 #include "Files.h"
 #include "Secrets.h"
+#include "Text.h"
 #include <TarnRemoteClient.h>
 
 namespace tarn {
@@ -25,17 +26,18 @@ void login(Context& context, const LoginOptions& options)
             throw;
         }
         const bool wait = error.status() == TARN_STATUS_TOO_MANY_TRIES;
-        throw refusal(error,
-                      error.what() + std::string(wait ? "; to be tried again in seconds: " : "; see ") + error.detail(),
-                      {{wait ? "secondsToWait" : "text", error.detail()}});
+        throw refusal(error, describe(error) + (wait ? "; to be tried again in seconds: " : "; see ") + error.detail(),
+                      {{wait ? "secondsToWait" : "text",
+                        wait ? nlohmann::json(std::atoi(error.detail().c_str())) : nlohmann::json(error.detail())}});
     }
-    context.output.result("The login of " + options.user + " succeeded.\n", {{"user", options.user}});
+    context.output.result("The login of " + printable(options.user) + " succeeded.\n", {{"user", options.user}});
 }
 
 void verify(Context& context, const LoginOptions& options)
 {
     context.client.verifyConfig(options.user, absolutePath(options.config));
-    context.output.result("The configuration of " + options.user + " is valid.\n", {{"sender", options.user}});
+    context.output.result("The configuration of " + printable(options.user) + " is valid.\n",
+                          {{"sender", options.user}});
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "Host.h"
 #include "Text.h"
 #include <algorithm>
 #include <cerrno>
@@ -10,9 +11,14 @@ namespace tarn {
 
 namespace {
 
-void print(const nlohmann::json& object)
+// Every object has these four members. Other characters than ASCII's are escaped, so that none controls a terminal.
+void print(Exit code, nlohmann::json object)
 {
-    Output::raw(object.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
+    object["exitCode"] = static_cast<int>(code);
+    object["status"] = object.value("status", code == Exit::success ? nlohmann::json(0) : nlohmann::json());
+    object["error"] = object.value("error", nlohmann::json());
+    object["message"] = object.value("message", nlohmann::json());
+    Output::raw(object.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + "\n");
 }
 
 } // namespace
@@ -53,8 +59,16 @@ std::string Table::text() const
 void Output::result(const std::string& text, nlohmann::json object) const
 {
     if (asJson) {
-        object["status"] = 0;
-        print(object);
+        print(Exit::success, std::move(object));
+    } else {
+        lines(text);
+    }
+}
+
+void Output::document(const std::string& text, nlohmann::json object) const
+{
+    if (asJson || host::showsOutput()) {
+        result(text, std::move(object));
     } else {
         raw(text);
     }
@@ -63,12 +77,16 @@ void Output::result(const std::string& text, nlohmann::json object) const
 void Output::failure(const Failure& failure) const
 {
     note(failure.what());
-    if (!asJson) {
-        return;
+    if (asJson) {
+        nlohmann::json object = failure.details;
+        object["error"] = failure.what();
+        print(failure.exitCode, std::move(object));
     }
-    nlohmann::json object = failure.details;
-    object["error"] = failure.what();
-    print(object);
+}
+
+void Output::lines(const std::string& text)
+{
+    raw(printableLines(text));
 }
 
 void Output::note(const std::string& text)
@@ -78,18 +96,13 @@ void Output::note(const std::string& text)
 
 void Output::log(const char* function, const std::string& text)
 {
-    std::cerr << "--- " << function << " ---\n" << text << std::flush;
+    std::cerr << "--- " << function << " ---\n" << printableLines(text) << std::flush;
 }
 
 void Output::raw(const std::string& bytes)
 {
     errno = 0;
     std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    flush();
-}
-
-void Output::flush()
-{
     if (!std::cout.flush()) {
         throw Failure(Exit::file, std::string("standard output cannot be written: ") +
                                       (errno ? std::strerror(errno) : "unknown reason"));

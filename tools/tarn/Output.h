@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Failure.h"
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -24,16 +25,19 @@ class Output
 public:
     bool asJson = false;
 
-    // A successful command's result in both forms. The object gets the member "status" with 0.
+    // A successful command's result in both forms, the text made of printable lines.
     void result(const std::string& text, nlohmann::json object) const;
+
+    // The same for a text that is passed on as it is, unless it would go to a terminal.
+    void document(const std::string& text, nlohmann::json object) const;
 
     // The message of what ended the command; for scripts also as an object on standard output.
     void failure(const Failure& failure) const;
 
+    static void lines(const std::string& text);
     static void note(const std::string& text);
     static void log(const char* function, const std::string& text); // an operation log
     static void raw(const std::string& bytes);
-    static void flush();
 };
 
 } // namespace tarn

@@ -1,5 +1,6 @@
 #include "SafeFileName.h"
 
+#include "Host.h"
 #include "Text.h"
 #include <algorithm>
 #include <array>
@@ -128,7 +129,7 @@ std::string SafeFileNames::next(std::string_view itemName, std::string_view cont
 
     std::string unique = name;
     const auto [base, extension] = splitExtension(name);
-    for (int number = 2; !taken_.insert(lowerCase(unique)).second; ++number) {
+    for (int number = 2; !taken_.insert(host::foldCase(unique)).second; ++number) {
         unique = base + " (" + std::to_string(number) + ")" + extension;
     }
     return unique;

@@ -16,7 +16,7 @@ public:
     std::string next(std::string_view itemName, std::string_view contentType);
 
 private:
-    std::set<std::string> taken_; // in lower case: some file systems treat both cases as equal
+    std::set<std::string> taken_; // without regard to case, as on some file systems
     int itemNumber_ = 0;
 };
 

@@ -29,7 +29,8 @@ std::optional<std::string> askTwice(const std::string& question)
 
 std::vector<std::string> readLines(const std::string& file)
 {
-    std::string content = readTextFile(file);
+    std::string content = utf8Of(readFile(file));
+    refuseUnfitText(file, content);
     if (content.ends_with('\n')) {
         content.pop_back();
     }

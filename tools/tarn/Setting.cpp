@@ -91,8 +91,11 @@ private:
 
 std::unique_ptr<TrackedMessage> findMessage(Client& client, const SettingOptions& options)
 {
-    if (options.envelope.empty() == options.messageId.empty()) {
+    if (options.envelope.empty() && options.messageId.empty()) {
         throw Failure(Exit::usage, "give ENVELOPE, or --message-id with --user");
+    }
+    if (!options.envelope.empty() && !options.messageId.empty()) {
+        throw Failure(Exit::usage, "ENVELOPE and --message-id both name a message: give one of them");
     }
     if (!options.messageId.empty() && options.user.empty()) {
         throw Failure(Exit::usage, "--message-id needs --user, the sender whose message it is");
@@ -107,7 +110,7 @@ std::unique_ptr<TrackedMessage> findMessage(Client& client, const SettingOptions
 std::vector<TrackingState> select(const std::vector<TrackingState>& all, const std::vector<std::string>& recipients)
 {
     if (all.empty()) {
-        throw Failure(Exit::usage, "the daemon knows no recipients of this message");
+        throw Failure(Exit::refused, "the daemon knows no recipients of this message");
     }
     if (recipients.empty()) {
         return all;
@@ -117,7 +120,7 @@ std::vector<TrackingState> select(const std::vector<TrackingState>& all, const s
         const auto state = std::ranges::find_if(
             all, [&](const TrackingState& one) { return sameIgnoringCase(one.recipient, recipient); });
         if (state == all.end()) {
-            throw Failure(Exit::usage, recipient + " is no recipient of this message; \"tarn tracking\" lists them");
+            throw Failure(Exit::refused, recipient + " is no recipient of this message; \"tarn tracking\" lists them");
         }
         selected.push_back(*state);
     }
@@ -142,8 +145,8 @@ void set(Context& context, const SettingOptions& options)
             message->set(state);
         } catch (const StatusError& error) {
             throw refusal(error,
-                          state.recipient + ": " + error.what() + "; set before it: " + std::to_string(done) + " of " +
-                              std::to_string(states.size()) + " recipients",
+                          state.recipient + ": " + describe(error) + "; set before it: " + std::to_string(done) +
+                              " of " + std::to_string(states.size()) + " recipients",
                           {{"recipients", stateObjects({states.data(), done})}});
         }
     }

@@ -2,7 +2,7 @@
 #include "Failure.h"
 #include "Files.h"
 #include "Text.h"
-#include <map>
+#include <TarnRemoteClient.h>
 
 namespace tarn {
 
@@ -30,32 +30,15 @@ void recipients(Context& context, const StatusOptions& options)
     context.output.result(text, {{"recipients", found.addresses}, {"sensitivity", sensitivityOf(found.sensitivity)}});
 }
 
-// The statuses that a recipient of an envelope can be in; with any other one the library asks no further.
-const std::map<std::int32_t, std::string>& meanings()
+// With another status the library asks for no further recipients.
+bool isOfARecipient(std::int32_t status)
 {
-    static const std::map<std::int32_t, std::string> words{
-        {5, "a password opens it"},
-        {6, "kept open: a session key or a password opens it"},
-        {7, "this address sent it"},
-        {11, "not enrolled yet"},
-        {15, "not a recipient"},
-        {16, "the message is unknown"},
-        {17, "the account is disabled"},
-        {18, "too many tries, seconds to wait"},
-        {19, "expired"},
-        {20, "locked"},
-        {21, "locked"},
-        {25, "enrollment not finished"},
-        {26, "the envelope is damaged"},
-        {34, "this is no envelope"},
-    };
-    return words;
+    return status >= TARN_STATUS_PASSWORD_NEEDED && status <= TARN_STATUS_NO_ENVELOPE && !statusName(status).empty();
 }
 
 std::string meaning(std::int32_t status, const std::string& text)
 {
-    const auto word = meanings().find(status);
-    const std::string known = word == meanings().end() ? "the daemon cannot tell" : word->second;
+    const std::string known = isOfARecipient(status) ? statusName(status) : "the daemon cannot tell";
     return text.empty() ? known : known + ": " + text;
 }
 
@@ -78,16 +61,16 @@ void status(Context& context, const StatusOptions& options)
         object["enrollId"] = found.enrollId;
         object["sender"] = found.from;
     }
-    if (meanings().contains(found.lastStatus)) {
+    if (isOfARecipient(found.lastStatus)) {
         context.output.result(text, object);
         return;
     }
     if (!context.output.asJson) {
-        Output::raw(text);
+        Output::lines(text);
     }
     object.update({{"status", found.lastStatus}, {"message", ""}});
     throw Failure(Exit::refused,
-                  "status " + std::to_string(found.lastStatus) + " is none that a recipient can be in; no further " +
+                  statusText(found.lastStatus) + " is none that a recipient can be in; no further " +
                       "recipients were asked for",
                   object);
 }

@@ -40,6 +40,26 @@ std::string toUtf8(std::u32string_view characters)
     return text;
 }
 
+std::string utf8Of(const std::string& bytes)
+{
+    if (bytes.starts_with("\xEF\xBB\xBF")) {
+        return bytes.substr(3);
+    }
+    const bool littleEndian = bytes.starts_with("\xFF\xFE");
+    if (!littleEndian && !bytes.starts_with("\xFE\xFF")) {
+        return bytes;
+    }
+    std::u16string units;
+    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
+        const auto low = static_cast<unsigned char>(bytes[littleEndian ? i : i + 1]);
+        const auto high = static_cast<unsigned char>(bytes[littleEndian ? i + 1 : i]);
+        units += static_cast<char16_t>(low | high << 8);
+    }
+    std::string text;
+    utf8::utf16to8(units.begin(), units.end(), std::back_inserter(text));
+    return text;
+}
+
 std::vector<std::string> split(std::string_view text, std::string_view delimiter)
 {
     std::vector<std::string> pieces;
@@ -89,7 +109,13 @@ std::string printable(std::string_view utf8)
 
 std::string printableLines(std::string_view utf8)
 {
-    return show(utf8,
+    std::string text;
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        if (!utf8.substr(i).starts_with("\r\n")) {
+            text += utf8[i];
+        }
+    }
+    return show(text,
                 [](char32_t character) { return !isControl(character) || character == '\n' || character == '\t'; });
 }
 

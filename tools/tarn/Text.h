@@ -12,6 +12,9 @@ namespace tarn {
 std::u32string toCharacters(std::string_view utf8);
 std::string toUtf8(std::u32string_view characters);
 
+// The UTF-8 of a text file's bytes, which a byte order mark may say to be in UTF-16.
+std::string utf8Of(const std::string& bytes);
+
 std::vector<std::string> split(std::string_view text, std::string_view delimiter);
 
 // The addresses of options that may each hold several, with ";" between them.
@@ -25,7 +28,7 @@ std::string lowerCase(std::string_view text);
 bool isControl(char32_t character);
 
 // What may be shown of a text from outside: control characters become "?". `printable` makes one line of it,
-// `printableLines` keeps its lines.
+// `printableLines` keeps its lines, each ended by "\n" alone.
 std::string printable(std::string_view utf8);
 std::string printableLines(std::string_view utf8);
 

@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "Files.h"
 #include "Secrets.h"
+#include "Text.h"
 #include "Time.h"
 #include "TrackingView.h"
 
@@ -27,7 +28,7 @@ void tracking(Context& context, const TrackingOptions& options)
     const std::string envelope = readTextFile(options.envelope);
     const Tracking found =
         context.client.tracking(envelope, {password(options.passwordFile, ""), absolutePath(options.config)});
-    context.output.result("Message " + found.messageId + "\n" + stateTable(found.recipients),
+    context.output.result("Message " + printable(found.messageId) + "\n" + stateTable(found.recipients),
                           {{"messageId", found.messageId}, {"recipients", stateObjects(found.recipients)}});
 }
 

@@ -2,7 +2,11 @@
 #include "Failure.h"
 #include "Host.h"
 #include "Interrupt.h"
+#include <algorithm>
+#include <numeric>
+#include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace tarn {
 
@@ -10,16 +14,29 @@ namespace {
 
 const char* const description = "Command-line client of the secure-mail daemon";
 const char* const footer = R"(
+Examples:
+  tarn encrypt letter.eml --from alice@example.com --to bob@example.com --out letter.env
+  tarn decrypt letter.env --recipient bob@example.com --out letter
+  tarn status letter.env --recipient bob@example.com --json
+
+Environment:
+  TARN_PASSWORD                     the password, unless --password-file names a file
+  TARN_SESSION_KEY                  decrypt: a session key, unless --session-key-file names a file
+  TARN_PASS_PHRASE, TARN_ANSWER_1 to TARN_ANSWER_3
+                                    enroll: the pass phrase and the answers
+
 Exit codes:
   0    done: the daemon answered with status 0
   1    the daemon answered with another status, or has not what was asked for
   2    usage: an argument or an input is wrong, or a secret is missing
   3    no daemon listens
-  4    a file cannot be read or written
+  4    a file or standard output cannot be read or written
   5    the exchange with the daemon broke down
-  130  interrupted
+  6    the daemon's reply is too large
+  7    the daemon did not answer within --timeout
+  128 and more  ended by a signal, such as 130 by Ctrl-C
 
-"tarn COMMAND --help" tells a command's options.)";
+"tarn help COMMAND" tells a command's options.)";
 
 std::unique_ptr<CLI::App> makeApp(Context& context)
 {
@@ -27,9 +44,11 @@ std::unique_ptr<CLI::App> makeApp(Context& context)
     app->footer(footer);
     app->require_subcommand(1);
     app->fallthrough(); // the options of all commands may also follow the command
-    app->set_version_flag("--version", TARN_VERSION);
-    app->add_flag("--json", context.output.asJson, "Print the result as a JSON object");
+    app->set_version_flag("--version", "tarn " TARN_VERSION);
+    app->add_flag("--json", context.output.asJson, "Print the outcome as a JSON object");
     app->add_flag("--log", context.showLog, "Print the operation log on standard error");
+    app->add_option("--timeout", context.timeLimit, "Seconds to wait for each answer of the daemon (default: for ever)")
+        ->check(CLI::Range(1u, 1'000'000u));
     addLifecycleCommands(*app, context);
     addLoginCommands(*app, context);
     addEncryptCommand(*app, context);
@@ -40,9 +59,61 @@ std::unique_ptr<CLI::App> makeApp(Context& context)
     addKeyServerCommands(*app, context);
     addEnrollCommand(*app, context);
     for (auto* command : app->get_subcommands({})) {
-        command->footer("\nAlso --json and --log, as with every command.");
+        command->footer("\nAlso --json, --log and --timeout, as with every command.");
     }
     return app;
+}
+
+std::size_t editDistance(std::string_view left, std::string_view right)
+{
+    std::vector<std::size_t> row(right.size() + 1);
+    std::iota(row.begin(), row.end(), 0u);
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < right.size(); ++j) {
+            const std::size_t changed = diagonal + (left[i] == right[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+Failure unknownCommand(CLI::App& app, const std::string& name)
+{
+    std::string text = "unknown command \"" + name + "\"; ";
+    for (const auto* command : app.get_subcommands({})) {
+        if (editDistance(command->get_name(), name) <= 2) {
+            return {Exit::usage, text + "is \"" + command->get_name() + "\" meant?"};
+        }
+    }
+    return {Exit::usage, text + "\"tarn --help\" lists them"};
+}
+
+// Returns false when the command line asked for nothing but a text, which has been printed.
+bool parse(CLI::App& app, std::vector<std::string> arguments)
+{
+    if (!arguments.empty() && arguments.front() == "help") {
+        arguments.erase(arguments.begin());
+        arguments.push_back("--help");
+    }
+    std::ranges::reverse(arguments);
+    try {
+        app.parse(std::move(arguments));
+        return true;
+    } catch (const CLI::ParseError& error) {
+        const auto chosen = app.get_subcommands();
+        std::ostringstream text;
+        if (app.exit(error, text, text) == 0) {
+            Output::raw(text.str());
+            return false;
+        }
+        if (const auto unknown = app.remaining(); chosen.empty() && !unknown.empty()) {
+            throw unknownCommand(app, unknown.front());
+        }
+        const std::string command = chosen.empty() ? "" : chosen.front()->get_name() + " ";
+        throw Failure(Exit::usage, error.what() + std::string("; see \"tarn ") + command + "--help\"");
+    }
 }
 
 // Its question for the version also gives the other calls the client version that they send along.
@@ -63,17 +134,11 @@ Exit run(const std::vector<std::string>& arguments)
         return failure.exitCode;
     };
     try {
+        // A command line that cannot be parsed is answered in the form that it asks for as well.
+        context.output.asJson = std::ranges::find(arguments, "--json") != arguments.end();
         const auto app = makeApp(context);
-        try {
-            app->parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-        } catch (const CLI::ParseError& error) {
-            const auto unknown = app->remaining();
-            if (app->get_subcommands().empty() && !unknown.empty()) {
-                throw Failure(Exit::usage, "\"" + unknown.front() + "\" is no command; \"tarn --help\" lists them");
-            }
-            const bool asked = app->exit(error) == 0; // prints the help or the error
-            Output::flush();
-            return asked ? Exit::success : Exit::usage;
+        if (!parse(*app, arguments)) {
+            return Exit::success;
         }
         if (context.needsDaemon) {
             reach(context.client);
@@ -83,7 +148,7 @@ Exit run(const std::vector<std::string>& arguments)
     } catch (const Failure& failure) {
         return report(failure);
     } catch (const StatusError& error) {
-        return report(refusal(error, error.what()));
+        return report(refusal(error, describe(error)));
     } catch (const NoDaemon& error) {
         return report({Exit::noDaemon, error.what() + std::string("; \"tarn start\" launches it")});
     } catch (const Error& error) {
@@ -99,17 +164,21 @@ Exit run(const std::vector<std::string>& arguments)
 
 int main(int argc, char** argv)
 {
-    tarn::host::prepare();
-    tarn::endOnInterrupt();
+    using namespace tarn;
+    host::prepare();
+    endOnInterrupt();
+    explainTheLibrarysEnd();
+    Exit code = Exit::file;
     try {
-        return static_cast<int>(tarn::run(tarn::host::arguments(argc, argv)));
-    } catch (const tarn::Failure& failure) { // standard output failed while a failure was reported
-        tarn::Output::note(failure.what());
-        return static_cast<int>(failure.exitCode);
+        code = run(host::arguments(argc, argv));
+    } catch (const Failure& failure) { // standard output failed while a failure was reported
+        Output::note(failure.what());
+        code = failure.exitCode;
     } catch (const std::bad_alloc&) {
-        tarn::Output::note("out of memory");
+        Output::note("out of memory");
     } catch (const std::exception& error) {
-        tarn::Output::note(error.what());
+        Output::note(error.what());
     }
-    return static_cast<int>(tarn::Exit::file);
+    const int signal = notedInterrupt();
+    return signal != 0 ? 128 + signal : static_cast<int>(code);
 }

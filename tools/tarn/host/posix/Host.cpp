@@ -1,7 +1,17 @@
 #include "../../Host.h"
 
+#include "../../Text.h"
+#include <arpa/inet.h>
+#include <array>
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <cwctype>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -43,7 +53,17 @@ std::optional<std::string> readLine(int terminal)
 
 } // namespace
 
-void prepare() {}
+// A closed standard descriptor would be given to the next thing opened, and the output written into that. What takes
+// its place fails when it is read from or written to.
+void prepare()
+{
+    for (const auto& [descriptor, mode] :
+         {std::pair(STDIN_FILENO, O_WRONLY), {STDOUT_FILENO, O_RDONLY}, {STDERR_FILENO, O_RDONLY}}) {
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", mode) != descriptor) {
+            std::_Exit(EXIT_FAILURE);
+        }
+    }
+}
 
 std::vector<std::string> arguments(int argc, char** argv)
 {
@@ -61,9 +81,49 @@ std::string systemText(const std::string& utf8)
     return utf8;
 }
 
+// Most file systems that ignore case compare the upper-case form of each letter by itself.
+std::string foldCase(const std::string& utf8)
+{
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (locale == nullptr) {
+        return lowerCase(utf8);
+    }
+    std::u32string characters = toCharacters(utf8);
+    for (auto& character : characters) {
+        character = static_cast<char32_t>(towupper_l(static_cast<wint_t>(character), locale));
+    }
+    return toUtf8(characters);
+}
+
+std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    bool done = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0;
+    if (!done && (errno == EINVAL || errno == ENOSYS)) { // a file system without this, but perhaps with hard links
+        done = link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
+    }
+    return done ? std::error_code() : std::error_code(errno, std::generic_category());
+}
+
+bool listensOn(std::uint16_t port)
+{
+    const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const bool connected = connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    close(probe);
+    return connected;
+}
+
 bool showsErrors()
 {
     return isatty(STDERR_FILENO) == 1;
+}
+
+bool showsOutput()
+{
+    return isatty(STDOUT_FILENO) == 1;
 }
 
 std::optional<std::string> ask(const std::string& question, Echo echo)
@@ -80,12 +140,38 @@ std::optional<std::string> ask(const std::string& question, Echo echo)
     if (writeAll(terminal, question)) {
         line = readLine(terminal);
     }
-    restoreEcho();
+    restoreTerminal();
     close(terminal);
     return line;
 }
 
-void restoreEcho()
+std::span<const int> endingSignals()
+{
+    static constexpr std::array signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+    return signals;
+}
+
+void watchFaults(void (*onFault)(const void* address), void (*onAbort)())
+{
+    static void (*fault)(const void*);
+    static void (*aborted)();
+    fault = onFault;
+    aborted = onAbort;
+    struct sigaction action = {};
+    action.sa_flags = static_cast<int>(SA_SIGINFO | SA_RESETHAND);
+    action.sa_sigaction = [](int, siginfo_t* info, void*) { fault(info->si_addr); };
+    sigaction(SIGSEGV, &action, nullptr);
+    sigaction(SIGBUS, &action, nullptr);
+    action.sa_sigaction = [](int, siginfo_t*, void*) { aborted(); };
+    sigaction(SIGABRT, &action, nullptr);
+}
+
+void writeError(const char* text)
+{
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, text, std::strlen(text));
+}
+
+void restoreTerminal()
 {
     if (hiddenTerminal < 0) {
         return;

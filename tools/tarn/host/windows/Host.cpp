@@ -1,12 +1,17 @@
 #include "../../Host.h"
 
+#include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <fcntl.h>
 #include <io.h>
 #include <memory>
 #define WIN32_LEAN_AND_MEAN
+#include <winsock2.h>
+
 #include <windows.h>
 
 #include <shellapi.h>
@@ -24,6 +29,7 @@ using Handle = std::unique_ptr<HANDLE, CloseHandleOf>;
 
 HANDLE hiddenConsole = nullptr; // the console input whose echo is off
 DWORD formerMode = 0;
+UINT formerCodePage = 0; // 0 without a console
 
 HANDLE openConsole(const wchar_t* name)
 {
@@ -76,11 +82,21 @@ std::optional<std::string> readLine(HANDLE console)
     return std::nullopt;
 }
 
+void restoreEcho()
+{
+    if (hiddenConsole) {
+        SetConsoleMode(hiddenConsole, formerMode);
+    }
+    hiddenConsole = nullptr;
+}
+
 } // namespace
 
 void prepare()
 {
+    formerCodePage = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
+    std::atexit(restoreTerminal);
     for (FILE* stream : {stdin, stdout, stderr}) {
         _setmode(_fileno(stream), _O_BINARY);
     }
@@ -109,9 +125,51 @@ std::string systemText(const std::string& utf8)
     return toBytes(CP_ACP, toWide(utf8));
 }
 
+std::string foldCase(const std::string& utf8)
+{
+    const std::wstring wide = toWide(utf8);
+    std::wstring upper(wide.size(), L'\0'); // each letter by itself, as the file system does it
+    LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, wide.data(), static_cast<int>(wide.size()), upper.data(),
+                  static_cast<int>(upper.size()), nullptr, nullptr, 0);
+    return toUtf8(upper);
+}
+
+std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::filesystem::path& to)
+{
+    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH)) {
+        return {};
+    }
+    const DWORD error = GetLastError();
+    return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS
+               ? std::make_error_code(std::errc::file_exists)
+               : std::error_code(static_cast<int>(error), std::system_category());
+}
+
+bool listensOn(std::uint16_t port)
+{
+    WSADATA data;
+    if (WSAStartup(MAKEWORD(2, 2), &data) != 0) {
+        return false;
+    }
+    const SOCKET probe = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const bool connected = connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    closesocket(probe);
+    WSACleanup();
+    return connected;
+}
+
 bool showsErrors()
 {
     return _isatty(_fileno(stderr)) != 0;
+}
+
+bool showsOutput()
+{
+    return _isatty(_fileno(stdout)) != 0;
 }
 
 std::optional<std::string> ask(const std::string& question, Echo echo)
@@ -136,12 +194,42 @@ std::optional<std::string> ask(const std::string& question, Echo echo)
     return line;
 }
 
-void restoreEcho()
+std::span<const int> endingSignals()
 {
-    if (hiddenConsole) {
-        SetConsoleMode(hiddenConsole, formerMode);
+    static constexpr std::array signals{SIGINT, SIGTERM};
+    return signals;
+}
+
+void watchFaults(void (*onFault)(const void* address), void (*onAbort)())
+{
+    static void (*fault)(const void*);
+    static void (*aborted)();
+    fault = onFault;
+    aborted = onAbort;
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS* exception) -> LONG {
+        const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+        if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
+            fault(reinterpret_cast<const void*>(record.ExceptionInformation[1]));
+        }
+        return EXCEPTION_CONTINUE_SEARCH;
+    });
+    // The run-time is one for the program and the library.
+    _set_invalid_parameter_handler(
+        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) { aborted(); });
+}
+
+void writeError(const char* text)
+{
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
+}
+
+void restoreTerminal()
+{
+    restoreEcho();
+    if (formerCodePage != 0) {
+        SetConsoleOutputCP(formerCodePage);
     }
-    hiddenConsole = nullptr;
 }
 
 } // namespace tarn::host

@@ -1,0 +1,145 @@
+#!/usr/bin/env python3
+"""The command-line client against a daemon whose replies are hostile: overlong, forged, or full of control characters.
+
+TARN names the program.
+"""
+import os
+import resource
+import socket
+import struct
+import sys
+import threading
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "standin"))
+from cli_test import ALICE, BOB, CAROL, PORT, TIME_LIMIT, TarnTest  # noqa: E402
+from wire import frame, parameter, sized  # noqa: E402
+
+DELIMITER = "{plugin_delimiter}"
+UNSAFE = "\x1b[2J\x07\x9b31m\u202e\u2066\x7f"
+
+
+def reply(code, status, *parameters):
+    return frame(code, ("st", struct.pack(">h", status)), *parameters)
+
+
+VERSION = reply("ST", 0, ("v ", "7.6.1"), ("bn", struct.pack(">i", 7)))
+
+
+class HostileDaemon:
+    """Answers each request with the next of the replies for its command."""
+
+    def __init__(self, **replies):
+        self.replies = {"ST": [VERSION]} | {code: list(many) for code, many in replies.items()}
+        self.server = socket.create_server(("127.0.0.1", PORT))
+        self.server.settimeout(TIME_LIMIT)
+        self.thread = threading.Thread(target=self.serve)
+
+    def __enter__(self):
+        self.thread.start()
+        return self
+
+    def __exit__(self, *_):
+        self.thread.join(TIME_LIMIT)
+        self.server.close()
+
+    def serve(self):
+        connection, _ = self.server.accept()
+        with connection, connection.makefile("rb") as stream:
+            while head := stream.read(4):
+                while (tag := stream.read(2)) != b"\xce\xde":
+                    stream.read(struct.unpack(">i", stream.read(4))[0])
+                stream.read(4)
+                try:
+                    connection.sendall(self.replies[head[2:].decode()].pop(0))
+                except OSError:
+                    return  # the client has ended
+
+
+class AgainstAHostileDaemon(TarnTest):
+    def ask(self, *arguments, code=0, replies, **options):
+        with HostileDaemon(**replies):
+            return self.tarn(*arguments, code=code, user=ALICE, **options)
+
+    def assertSafe(self, text):
+        for character in UNSAFE:
+            if character.isprintable():
+                continue
+            self.assertNotIn(character, text)
+
+    def test_texts_larger_than_their_buffers_end_the_process_cleanly(self):
+        if b"__asan_init" in Path(os.environ["TARN"]).read_bytes():
+            self.skipTest("AddressSanitizer needs more address space than this test leaves")
+
+        def little_address_space():  # else there is room for any parameter of a reply
+            resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30))
+
+        large = "x" * (20 << 20)
+        self.file("letter.eml", "Subject: x\n\n")
+        answers = {
+            ("locales",): {"LT": [reply("LT", 0, ("sl", {"de": large}))]},
+            ("body", "--locale", "de"): {"LT": [reply("LT", 0, ("tb", {"de": large}))]},
+            ("encrypt", "letter.eml", "--from", ALICE, "--to", BOB): {
+                "LS": [reply("LS", 0, ("sl", {"a": "b"}))],
+                "BE": [reply("BE", 0, ("en", "e"), ("tb", "t"), ("th", large), ("an", "a"))]},
+        }
+        for arguments, replies in answers.items():
+            _, error = self.ask(*arguments, code=6, replies=replies, preexec_fn=little_address_space)
+            self.assertIn("larger than tarn has room for", error)
+        # With address space to spare, the same replies are read.
+        for arguments, replies in answers.items():
+            self.assertIn(large, self.ask(*arguments, "--json", replies=replies)[0])
+
+    def test_an_oversized_log_is_explained(self):
+        _, error = self.ask("verify", ALICE, code=6, replies={"VC": [reply("VC", 1, ("em", "x" * 40000))]})
+        self.assertIn("operation log", error)
+        self.assertIn("too much for one", self.ask("sent", ALICE, "--sort", "x" * 40000, code=2, replies={})[1])
+
+    def test_an_answer_that_looks_like_a_failure_is_an_answer(self):
+        forged = "no\n[TarnRemoteClient:9] Unexpected exception occured. GetLastError() : 104"
+        _, error = self.ask("verify", ALICE, code=1, replies={"VC": [reply("VC", 3, ("em", forged))]})
+        self.assertIn("status 3: no", error)
+
+    def test_delimiters_do_not_move_texts_to_another_recipient(self):
+        self.file("envelope", "e")
+        answers = [reply("DE", 20, ("em", "a" + DELIMITER + "b")), reply("DE", 5)]
+        output, error = self.ask("status", "envelope", "--recipient", BOB, "--recipient", CAROL, code=5,
+                                 replies={"DE": answers})
+        self.assertEqual(output, "")
+        self.assertIn("contradicts itself", error)
+
+    def test_no_control_character_reaches_the_terminal(self):
+        self.file("envelope", "e")
+        record = parameter("da", {"to": UNSAFE, "statusMsg": UNSAFE, "msgId": UNSAFE, "subject": UNSAFE})
+        entries = ("id", UNSAFE), ("mx", struct.pack(">i", 1)), ("ri", sized(record))
+        for arguments, replies in {
+            ("version",): {"ST": [reply("ST", 0, ("v ", UNSAFE))]},
+            ("sent", ALICE): {"MI": [reply("MI", 0, *entries)]},
+            ("tracking", "envelope"): {"DE": [reply("DE", 0)], "MI": [reply("MI", 0, *entries)]},
+            ("verify", "alice" + UNSAFE): {"VC": [reply("VC", 7, ("em", UNSAFE))]},
+            ("login", ALICE): {"LS": [reply("LS", 25, ("lk", UNSAFE), ("em", UNSAFE))]},
+        }.items():
+            for options in (["--log"], ["--json", "--log"]):
+                replies = {code: list(many) for code, many in replies.items()}
+                code = 1 if arguments[0] in ("verify", "login") else 0
+                for text in self.ask(*arguments, *options, code=code, replies=replies):
+                    self.assertSafe(text)
+        self.assertSafe(self.tarn("--" + UNSAFE, code=2)[1])
+
+    def test_a_document_is_passed_on_as_it_is_but_not_to_a_terminal(self):
+        answer = {"LT": [reply("LT", 0, ("tb", {"en": "one\r\n" + UNSAFE}))]}
+        output, _ = self.ask("body", replies=answer)
+        self.assertIn(UNSAFE, output)
+        with HostileDaemon(**answer):
+            code, shown, _ = self.at_terminal(["body"], [])
+        self.assertEqual(code, 0)
+        self.assertIn("one\r\n", shown)
+        self.assertSafe(shown)
+
+
+if __name__ == "__main__":
+    if not os.path.isfile(os.environ.get("TARN", "")):
+        sys.exit("set TARN to the program's path")
+    os.environ["TARN"] = os.path.abspath(os.environ["TARN"])
+    unittest.main(verbosity=2)
