@@ -44,8 +44,8 @@ std::optional<std::string> ask(const std::string& question, Echo echo);
 // The signals that ask the program to end.
 std::span<const int> endingSignals();
 
-// Calls `onFault` with the address when the program touches memory that it has no access to, and `onAbort` when the
-// C run-time ends it. When they return, the program ends as it would have.
+// Calls `onFault` with the address when the program touches memory that it has no access to, and `onAbort`, where the
+// system allows it, when the library ends the process. When they return, the program ends as it would have.
 void watchFaults(void (*onFault)(const void* address), void (*onAbort)());
 
 // These are safe in a signal handler. The first gives the terminal back what was changed of it: the echo while a hidden

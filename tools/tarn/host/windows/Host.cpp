@@ -200,12 +200,11 @@ std::span<const int> endingSignals()
     return signals;
 }
 
-void watchFaults(void (*onFault)(const void* address), void (*onAbort)())
+// The library ends the process by TerminateProcess here, which no handler gets to see.
+void watchFaults(void (*onFault)(const void* address), void (*)())
 {
     static void (*fault)(const void*);
-    static void (*aborted)();
     fault = onFault;
-    aborted = onAbort;
     SetUnhandledExceptionFilter([](EXCEPTION_POINTERS* exception) -> LONG {
         const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
         if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
@@ -213,9 +212,6 @@ void watchFaults(void (*onFault)(const void* address), void (*onAbort)())
         }
         return EXCEPTION_CONTINUE_SEARCH;
     });
-    // The run-time is one for the program and the library.
-    _set_invalid_parameter_handler(
-        [](const wchar_t*, const wchar_t*, const wchar_t*, unsigned, uintptr_t) { aborted(); });
 }
 
 void writeError(const char* text)
