@@ -1,33 +1,24 @@
 // The reply classes. The first byte of an input picks the class (low four bits), whether the rest is a whole reply or
-// only its parameters, which then get a frame with a right CRC (bit 4), and whether the reply arrives in pieces (bit
+// only its parameters, which then get a frame with a right CRC (bit 4), and whether the reply arrives in chunks (bit
 // 5).
+#include "MemoryStreams.h"
 #include "ReplyFields.h"
 #include "Target.h"
 #include "protocol/CommandException.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
 namespace {
 
 constexpr std::uint8_t framedBit = 0x10;
-constexpr std::uint8_t piecesBit = 0x20;
+constexpr std::uint8_t chunksBit = 0x20;
 constexpr std::size_t endSize = 6; // end marker and CRC
 
-// Delivers bytes and then fails like a reset connection.
-class Input final : public Merrow::CommandInputStream
+class Input final : public MemoryInput
 {
 public:
-    Input(std::string_view bytes, std::size_t piece) : rest(bytes), piece_(piece) {}
-
-    std::int32_t receiveRaw(char* buffer, std::int32_t count) override
-    {
-        const std::size_t received = std::min({rest.size(), piece_, static_cast<std::size_t>(count)});
-        std::memcpy(buffer, rest.data(), received);
-        rest.remove_prefix(received);
-        return received == 0 ? -1 : static_cast<std::int32_t>(received);
-    }
+    using MemoryInput::MemoryInput;
 
     // A text that claims more than will ever arrive ends at the failed receive, however long it says it is: one byte
     // too many does the same, and the fuzzer's memory is spared.
@@ -36,11 +27,6 @@ public:
         const auto beyond = static_cast<std::int64_t>(rest.size()) + 1;
         return CommandInputStream::readString(static_cast<std::int32_t>(std::min<std::int64_t>(length, beyond)));
     }
-
-    std::string_view rest;
-
-private:
-    std::size_t piece_;
 };
 
 struct Outcome
@@ -52,9 +38,9 @@ struct Outcome
     bool operator==(const Outcome&) const = default;
 };
 
-Outcome read(const ReplyClass& reply, std::string_view bytes, std::size_t piece = SIZE_MAX)
+Outcome read(const ReplyClass& reply, std::string_view bytes, std::int32_t chunk = INT32_MAX)
 {
-    Input in(bytes, piece);
+    Input in(bytes, chunk);
     Outcome outcome;
     try {
         outcome.fields = reply.read(in);
@@ -64,13 +50,6 @@ Outcome read(const ReplyClass& reply, std::string_view bytes, std::size_t piece 
     }
     outcome.rest = in.rest;
     return outcome;
-}
-
-std::string framed(const std::string& code, std::string_view parameters)
-{
-    std::string bytes = std::string("\0\7", 2) + code;
-    bytes.append(parameters).append("\xCE\xDE");
-    return bytes + wire::int32(wire::crc(bytes));
 }
 
 // What is accepted has our version, the class's code, an end marker and the CRC of all that came before it.
@@ -91,10 +70,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     }
     const ReplyClass& reply = replyClasses()[(bytes[0] & 0x0F) % replyClasses().size()];
     const std::string_view rest = viewOf(bytes + 1, size - 1);
-    const std::string message = (bytes[0] & framedBit) != 0 ? framed(reply.code, rest) : std::string(rest);
+    const std::string message = (bytes[0] & framedBit) != 0 ? wire::framed(reply.code, rest) : std::string(rest);
 
     const Outcome outcome = read(reply, message);
-    if ((bytes[0] & piecesBit) != 0) {
+    if ((bytes[0] & chunksBit) != 0) {
         demand(read(reply, message, 1) == outcome, "how the bytes arrive makes no difference");
     }
     if (outcome.fields) {
@@ -121,8 +100,8 @@ std::vector<std::string> seedInputs()
         }
         const auto selector = static_cast<char>(i);
         seeds.push_back(selector + empty);
-        seeds.push_back(static_cast<char>(selector | piecesBit) + wire::message(reply.code, all));
-        seeds.push_back(static_cast<char>(selector | framedBit | piecesBit) + wire::parameters(all));
+        seeds.push_back(static_cast<char>(selector | chunksBit) + wire::message(reply.code, all));
+        seeds.push_back(static_cast<char>(selector | framedBit | chunksBit) + wire::parameters(all));
         for (const auto& field : all) {
             seeds.push_back(static_cast<char>(selector | framedBit) + wire::parameters({field}));
         }

@@ -39,7 +39,7 @@ protected:
 TEST_F(Decryption, RequestOutputsAndLog)
 {
     daemon.play(
-        payload(0, {}, {{"em", "open"}, {"ec", sequence({"b", "2\xE9", "a", "1"})}, {"ku", "k\xC3\xA9"}, {"fm", "f"}}));
+        payload(0, {}, {{"em", "open"}, {"ec", sequence({"b", "2\xE9", "a", "1"})}, {"ku", "k\u00E9"}, {"fm", "f"}}));
     EXPECT_EQ(DecryptEnvelope("secret", "ENVELOPE", wide(u"/c").c_str(), "r@x", "KEY", config, 2, ku, from, log), 0);
     EXPECT_EQ(
         request(0),
@@ -112,18 +112,27 @@ TEST_F(Decryption, FailuresKeepTheFormerItems)
                                               : "Status message: User entered an incorrect username or password");
         EXPECT_TRUE(config.untouched());
     }
-    daemon.play(message("ST"));
+    std::string damaged = payload(0, {item("3", "", "three")});
+    damaged.back() = static_cast<char>(damaged.back() ^ 1);
+    daemon.play(damaged);
     EXPECT_EQ(decrypt(), -1);
     EXPECT_EQ(failureLine(), unexpected);
     EXPECT_EQ(GetNextDecryptedItemInfo(&nameSize, &typeLength, &dataSize), 1u);
     EXPECT_EQ(dataSize, 3u) << "the second item is still next";
+
+    daemon.play(payload(0, {item("4", "", "fourth")}));
+    EXPECT_EQ(decrypt(), 0);
+    EXPECT_EQ(GetNextDecryptedItemInfo(&nameSize, &typeLength, &dataSize), 1u);
+    EXPECT_EQ(dataSize, 6u) << "the new items replace the former ones, and begin at the first";
+    EXPECT_EQ(GetNextDecryptedItem(&flags, &type, name, contentType, data), 1u);
+    EXPECT_EQ(GetNextDecryptedItem(&flags, &type, name, contentType, data), 0u);
 }
 
 TEST_F(Decryption, RecipientsWhateverTheStatus)
 {
     Output<TarnWideChar> recipients;
     std::uint32_t sensitivity = 0;
-    daemon.play(payload(4, {}, {{"tr", sequence({"a", "\xC3\xA4"})}, {"tc", sequence({"c"})}, {"ms", int32(-3)}}));
+    daemon.play(payload(4, {}, {{"tr", sequence({"a", "\u00E4"})}, {"tc", sequence({"c"})}, {"ms", int32(-3)}}));
     EXPECT_EQ(GetRecipients("ENV", recipients, &sensitivity, log), 4);
     EXPECT_EQ(request(0), message("DE", {{"en", "ENV"}, {"po", "\1"}}));
     EXPECT_EQ(recipients.text(), u"a;\u00E4;c;");
@@ -138,7 +147,7 @@ TEST_F(Decryption, PayloadStatusRecipientByRecipient)
     Output<char> enrollId, sender, codes;
     std::int32_t sensitivity = 9;
     daemon.play(payload(5, {}, {{"ms", int32(-1)}}));
-    daemon.play(payload(11, {}, {{"ms", int32(2)}, {"lk", "l\xC3\xA4nk"}, {"uu", "id-1"}, {"fm", "s@x"}}));
+    daemon.play(payload(11, {}, {{"ms", int32(2)}, {"lk", "l\u00E4nk"}, {"uu", "id-1"}, {"fm", "s@x"}}));
     daemon.play(payload(20, {}, {{"ms", int32(3)}, {"em", "please wait"}}));
     daemon.play(payload(18, {}, {{"se", int64(5'000'000'000)}}));
     daemon.play(payload(34, {}, {{"em", "unused"}}));

@@ -8,7 +8,7 @@ namespace {
 const std::string loginOk =
     message("LS", {{"st", shortInt(0)}, {"em", "welcome"}, {"sl", sequence({"b", "2", "a", "1"})}});
 const std::string envelopeOk =
-    message("BE", {{"st", shortInt(0)}, {"en", "E\xC3\xA9"}, {"tb", "T"}, {"th", ""}, {"an", "A\xF0\x9F\x94\x92"}});
+    message("BE", {{"st", shortInt(0)}, {"en", "E\u00E9"}, {"tb", "T"}, {"th", ""}, {"an", "A\U0001F512"}});
 
 class Encryption : public ExportTest
 {
@@ -30,7 +30,7 @@ TEST_F(Encryption, LoginThenEnvelopeOnOneConnection)
     learnVersion();
     daemon.play(loginOk);
     daemon.play(envelopeOk);
-    EXPECT_EQ(encrypt("a@x;;b@x", "", "c@x;", "MIME \xC3\xA4", wide(u"/c").c_str(), "", "1"), 0);
+    EXPECT_EQ(encrypt("a@x;;b@x", "", "c@x;", "MIME \u00E4", wide(u"/c").c_str(), "", "1"), 0);
     EXPECT_EQ(request(1), message("LS", {{"tc", clientVersion}, {"to", "s@x"}, {"ky", "secret"}, {"ep", "/c"}}));
     EXPECT_EQ(request(2), message("BE", {{"tc", clientVersion},
                                          {"sl", sequence({"a", "1", "b", "2"})},
@@ -42,7 +42,7 @@ TEST_F(Encryption, LoginThenEnvelopeOnOneConnection)
                                          {"bc", "c@x"},
                                          {"bc", ""},
                                          {"ep", "/c"},
-                                         {"mm", "MIME \xC3\xA4"}}));
+                                         {"mm", "MIME \u00E4"}}));
     EXPECT_EQ(lines(), (Lines{"Got socket: #", "Setting config file: /c", "Authentication status: 0",
                               "Authentication message: \nwelcome", "Starting builder",
                               "Setting client type to: " + clientVersion, "Setting login session.",
@@ -60,13 +60,14 @@ TEST_F(Encryption, LoginThenEnvelopeOnOneConnection)
 TEST_F(Encryption, WhatSuppressesTheLogin)
 {
     daemon.play(envelopeOk);
-    EXPECT_EQ(encrypt("a", "", "", "m", nullptr, "107&58&32&118&59&32&", "1"), 0) << "k: v; ";
+    EXPECT_EQ(encrypt("a,b c", "", "", "m", wide(u"/c").c_str(), "107&58&32&118&59&32&", "1"), 0) << "k: v; ";
     EXPECT_EQ(request(0), message("BE", {{"tc", ""},
                                          {"fm", "s@x"},
-                                         {"to", "a"},
+                                         {"to", "a,b c"},
                                          {"cc", ""},
                                          {"bc", ""},
                                          {"ec", sequence({"k", "v"})},
+                                         {"ep", "/c"},
                                          {"mm", "m"}}));
     daemon.play(envelopeOk);
     EXPECT_EQ(encrypt("a", "", "", "m", nullptr, "107&58&32&118", "1"), 0);
@@ -76,10 +77,12 @@ TEST_F(Encryption, WhatSuppressesTheLogin)
     daemon.play(envelopeOk);
     EXPECT_EQ(encrypt("a", "", "", "", nullptr, "", "0"), 0);
     EXPECT_EQ(request(2), message("BE", {{"tc", ""}, {"fm", "s@x"}, {"to", "a"}, {"cc", ""}, {"bc", ""}, {"mm", ""}}));
-    daemon.play(loginOk);
-    daemon.play(envelopeOk);
-    EXPECT_EQ(encrypt("a", "", "", "m", nullptr, "", ""), 0);
-    EXPECT_EQ(daemon.requests().size(), 5u) << "an empty flag does not suppress it";
+    for (const char* otherFlag : {"", "00"}) {
+        daemon.play(loginOk);
+        daemon.play(envelopeOk);
+        EXPECT_EQ(encrypt("a", "", "", "m", nullptr, "", otherFlag), 0);
+    }
+    EXPECT_EQ(daemon.requests().size(), 7u) << "only \"0\" suppresses it";
 }
 
 TEST_F(Encryption, WhatEachFailureReturnsAndWrites)

@@ -11,17 +11,25 @@ TEST_F(ExportTest, OneConnectionForAllCallsUntilStop)
     EXPECT_EQ(daemon.connections(), 1u);
     daemon.play(message("SD", {{"st", shortInt(5)}, {"em", "busy"}}));
     EXPECT_EQ(StopTarnDaemon(log), 0);
+    EXPECT_EQ(request(3), message("SD"));
     EXPECT_EQ(lines(), (Lines{"Got socket: #", "Starting RemoteStopDaemon...", "Executing daemon stop command...",
                               "Status code: 5", "Status message: \nbusy"}))
         << "and nothing of the calls before";
+    EXPECT_EQ(std::ranges::adjacent_find(sourceLines, std::ranges::greater_equal()), sourceLines.end())
+        << "each line names its own statement";
+    daemon.play(message("SD"));
+    EXPECT_EQ(StopTarnDaemon(log), 0) << "no status in the reply";
+    EXPECT_EQ(lines()[3], "Status code: -1");
+    daemon.play(message("SD", {{"st", shortInt(0)}}));
+    EXPECT_EQ(StopTarnDaemon(log), 1);
     learnVersion();
-    EXPECT_EQ(daemon.connections(), 2u) << "a stop closes the connection whatever its status";
+    EXPECT_EQ(daemon.connections(), 4u) << "a stop closes the connection whatever its status";
 }
 
 TEST_F(ExportTest, SeveralRepliesInOnePacketAndOneReplyInMany)
 {
     const std::string reply = message("ST", {{"st", shortInt(0)}, {"v ", "1"}, {"bn", int32(2)}});
-    daemon.play(reply + reply);
+    daemon.play(reply + reply); // the second one unasked
     Output<char> version;
     EXPECT_EQ(GetTarnVersion(version, log), 0);
     EXPECT_EQ(GetTarnVersion(version, log), 0) << "nothing was read ahead and lost";
@@ -40,8 +48,10 @@ TEST_F(ExportTest, BadRepliesEndInTheCatchAllAndKeepTheConnection)
     EXPECT_EQ(GetTarnVersion(version, log), -1) << "a status whose reply then fails does not count";
     EXPECT_EQ(failureLine(), unexpected);
     EXPECT_TRUE(version.untouched());
-    daemon.play(good);
-    EXPECT_EQ(GetTarnVersion(version, log), 0);
+    daemon.play(message("LS", {{"st", shortInt(0)}}));
+    EXPECT_EQ(AuthenticateUser("", "", nullptr, version, log), 0);
+    EXPECT_EQ(request(1), message("LS", {{"tc", clientVersion}, {"to", ""}, {"ky", ""}}))
+        << "the client version is known after a failure as well";
     EXPECT_EQ(daemon.connections(), 1u);
     daemon.play(message("SD", {{"st", shortInt(0)}}).replace(1, 1, "\x8"));
     EXPECT_EQ(StopTarnDaemon(log), 0);

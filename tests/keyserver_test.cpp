@@ -13,33 +13,33 @@ TEST_F(ExportTest, KeyServerFeatures)
     };
     EXPECT_EQ(
         ask({"version", "", "other", "x: y", "feature.readByEnabled", "TRUE", "feature.localizedText", "true"}, 0), 0);
-    EXPECT_EQ(request(0), message("KV", {{"ep", "/\xC3\xA4"}}));
+    EXPECT_EQ(request(0), message("KV", {{"ep", "/\u00E4"}}));
     EXPECT_EQ((std::array<int, 3>{readBy, expiration, localized}), (std::array<int, 3>{0, 1, 1}));
-    EXPECT_EQ(lines(), (Lines{"GetKeyServerInfo is called.", "Setting envelope config file /\xC3\xA4", "Status code: 0",
+    EXPECT_EQ(lines(), (Lines{"GetKeyServerInfo is called.", "Setting envelope config file /\u00E4", "Status code: 0",
                               "Status message: m", "feature.localizedText: true", "feature.readByEnabled: TRUE",
                               "other: x: y", "version: ", "bReadByEnabled = 0; bExpirationSupported = 1"}));
     EXPECT_EQ(ask({"feature.readByEnabled", "true", "Version", "1"}, 0), 0);
     EXPECT_EQ((std::array<int, 3>{readBy, expiration, localized}), (std::array<int, 3>{1, 0, 0}));
+    EXPECT_EQ(ask({"feature.localizedText", "TRUE"}, 0), 0);
+    EXPECT_EQ(localized, 0);
     EXPECT_EQ(ask({"feature.readByEnabled", "true", "version", "1"}, 4), 4);
     EXPECT_EQ((std::array<int, 3>{readBy, expiration, localized}), (std::array<int, 3>{0, 0, 0}));
     EXPECT_EQ(lines().back(), "Status message: m");
     daemon.play(message("KV", {{"st", shortInt(0)}}));
-    readBy = 1;
+    readBy = 2;
+    expiration = 1;
     EXPECT_EQ(GetKeyServerInfo(wide(u"").c_str(), &readBy, &expiration, &localized, log), 0);
-    EXPECT_EQ(request(3), message("KV", {{"ep", ""}})) << "the path is sent even when empty";
-    EXPECT_EQ(lines().back(), "bReadByEnabled = 1; bExpirationSupported = 0") << "the caller's flag is never cleared";
+    EXPECT_EQ(request(4), message("KV", {{"ep", ""}})) << "the path is sent even when empty";
+    EXPECT_EQ(lines().back(), "bReadByEnabled = 1; bExpirationSupported = 1") << "the caller's flags are logged";
+    EXPECT_EQ((std::array<int, 3>{readBy, expiration, localized}), (std::array<int, 3>{2, 1, 0})) << "never cleared";
 }
 
 TEST_F(ExportTest, LocalesAndBodies)
 {
-    const std::string texts =
-        message("LT", {{"st", shortInt(0)},
-                       {"sl", sequence({"ja", "\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", "de", "Deutsch"})},
-                       {"tb", sequence({"de",
-                                        "Gr\xC3\xBC\xC3\x9F"
-                                        "e",
-                                        "en", "hi \xF0\x9F\x94\x92"})},
-                       {"th", sequence({"en", "<p>hi</p>"})}});
+    const std::string texts = message("LT", {{"st", shortInt(0)},
+                                             {"sl", sequence({"ja", "\u65E5\u672C\u8A9E", "de", "Deutsch"})},
+                                             {"tb", sequence({"de", "Gr\u00FC\u00DFe", "en", "hi \U0001F512"})},
+                                             {"th", sequence({"en", "<p>hi</p>"})}});
     Output<TarnWideChar> locales;
     daemon.play(texts);
     EXPECT_EQ(GetSupportedLocales(nullptr, locales, log), 0);
@@ -53,10 +53,9 @@ TEST_F(ExportTest, LocalesAndBodies)
         EXPECT_EQ(GetLocalizedMessageBody(wide(u"/c").c_str(), locale, text, html, log), 0);
         return text.text() + "|" + html.text();
     };
-    EXPECT_EQ(body(nullptr), "hi \xF0\x9F\x94\x92|<p>hi</p>");
-    EXPECT_EQ(body(""), "hi \xF0\x9F\x94\x92|<p>hi</p>");
-    EXPECT_EQ(body("de"), "Gr\xC3\xBC\xC3\x9F"
-                          "e|");
+    EXPECT_EQ(body(nullptr), "hi \U0001F512|<p>hi</p>");
+    EXPECT_EQ(body(""), "hi \U0001F512|<p>hi</p>");
+    EXPECT_EQ(body("de"), "Gr\u00FC\u00DFe|");
     EXPECT_EQ(body("xx"), "|");
     EXPECT_EQ(request(1), message("LT", {{"ep", "/c"}}));
     EXPECT_EQ(lines(), (Lines{"GetLocalizedMessageBody is called.", "Setting envelope config file /c", "Status code: 0",
@@ -81,21 +80,21 @@ TEST_F(ExportTest, EnrollmentParameters)
                                {"qe", int32(4)},
                                {"st", shortInt(6)},
                                {"al", sequence({"b", "2", "a", "1"})},
-                               {"sq", sequence({"q", "\xC3\xA4?"})},
+                               {"sq", sequence({"q", "\u00E4?"})},
                                {"em", "m"}}));
     EXPECT_EQ(GetEnrollParameters("a@x", "https://k", wide(u"\u00E9").c_str(), &saml, &oneClick, &questions, &editable,
                                   locales, choices, log),
               6);
-    EXPECT_EQ(request(0), message("EP", {{"tc", ""},
-                                         {"ec", sequence({"external.secure.url", "https://k"})},
-                                         {"ea", "a@x"},
-                                         {"ul", "\xC3\xA9"}}));
+    EXPECT_EQ(
+        request(0),
+        message("EP",
+                {{"tc", ""}, {"ec", sequence({"external.secure.url", "https://k"})}, {"ea", "a@x"}, {"ul", "\u00E9"}}));
     EXPECT_EQ((std::array{saml, oneClick, questions, editable}), (std::array{1, -2, 3, 4}));
     EXPECT_EQ(locales.text(), u"a: 1; b: 2; ");
     EXPECT_EQ(choices.text(), u"q: \u00E4?; ");
     EXPECT_EQ(lines(),
               (Lines{"GetEnrollParameters is called.", "Setting FullClientName ", "Setting keyServer https://k",
-                     "Setting emailAddress a@x", "Setting locale \xC3\xA9", "Status code: 6", "Status message: m",
+                     "Setting emailAddress a@x", "Setting locale \u00E9", "Status code: 6", "Status message: m",
                      "Recieved samlUser: 1", "Recieved isOneClickUser: -2", "Recieved securityQuestionsNumber: 3",
                      "Recieved isSecurityQuestionsEditable: 4"}));
     daemon.play(message("EP", {{"st", shortInt(0)}}));
@@ -125,7 +124,7 @@ TEST_F(ExportTest, EnrollmentSendsSecretsAndLogsNone)
         sequence({"securityAnswer1", "AnSwEr1", "securityAnswer2", "AnSwEr2", "securityAnswer3", "AnSwEr3",
                   "securityQuestion1", "Q1", "securityQuestion2", "Q2", "securityQuestion3", "Q3"});
     const Params common{{"tc", clientVersion}, {"ec", sequence({"external.secure.url", "https://k"})},
-                        {"ea", "a@x"},         {"fn", "F\xC3\xA9"},
+                        {"ea", "a@x"},         {"fn", "F\u00E9"},
                         {"ln", "L"},           {"pw", "PaSsWoRd"},
                         {"pc", "uuid"},        {"es", "s@x"}};
     Params full = common;
@@ -142,7 +141,7 @@ TEST_F(ExportTest, EnrollmentSendsSecretsAndLogsNone)
                               "Setting FullClientName " + clientVersion,
                               "Setting keyServer https://k",
                               "Setting emailAddress a@x",
-                              "Setting first name F\xC3\xA9",
+                              "Setting first name F\u00E9",
                               "Setting last name L",
                               "Setting enrollUuid uuid",
                               "Setting senderEmailAddress s@x",

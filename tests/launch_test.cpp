@@ -1,8 +1,10 @@
-// Starting the daemon for real: a program at the fixed Java path is launched.
+// Starting the daemon for real: a program at the Java path is launched.
 #include "support/ExportTest.h"
 
 #include <filesystem>
 #include <fstream>
+
+#ifdef _WIN32
 #include <thread>
 
 TEST(Start, LaunchesTheProgramAtTheJavaPathWithTheUnquotedPath)
@@ -20,8 +22,8 @@ TEST(Start, LaunchesTheProgramAtTheJavaPathWithTheUnquotedPath)
     ASSERT_NE(text.find(returned), std::string::npos) << text;
     EXPECT_GT(std::stoi(text.substr(text.find(returned) + returned.size())), 32);
 
-    for (int i = 0; i < 200 && !std::filesystem::exists(witness); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    while (!std::filesystem::exists(witness)) { // the test's time limit ends the waiting
+        std::this_thread::yield();
     }
     std::ifstream file(witness);
     const std::string commandLine(std::istreambuf_iterator<char>(file), {});
@@ -29,3 +31,86 @@ TEST(Start, LaunchesTheProgramAtTheJavaPathWithTheUnquotedPath)
     file.close();
     std::filesystem::remove_all("c:\\Program Files\\Java");
 }
+#else
+#include "platform/Platform.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+namespace {
+
+// The witness writes its report into a pipe, where it waits for a reader: a launch that waited for the program's end
+// would never return.
+class Launch : public testing::Test
+{
+protected:
+    Launch()
+    {
+        std::filesystem::remove(pipe_);
+        mkfifo(pipe_.c_str(), S_IRUSR | S_IWUSR);
+    }
+    ~Launch() override { std::filesystem::remove(pipe_); }
+
+    Lines report() const
+    {
+        Lines lines;
+        std::ifstream pipe(pipe_);
+        for (std::string line; std::getline(pipe, line);) {
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+    static Lines withArguments(const Lines& arguments)
+    {
+        Lines lines{"argument " LAUNCH_WITNESS};
+        for (const std::string& argument : arguments) {
+            lines.push_back("argument " + argument);
+        }
+        lines.insert(lines.end(), {"session of its own", "descriptor 0 /dev/null", "descriptor 1 /dev/null",
+                                   "descriptor 2 /dev/null"});
+        return lines;
+    }
+
+private:
+    const std::string pipe_ = LAUNCH_WITNESS ".pipe";
+};
+
+} // namespace
+
+TEST_F(Launch, StartsTheProgramAtTheJavaPathWithTheUnquotedPath)
+{
+    Output<char> log(TARN_LOG_SIZE);
+    ASSERT_EQ(StartTarnDaemon("/daemon files/tarn.jar", log), 1) << log.text();
+    EXPECT_TRUE(log.text().ends_with("] ShellExecute returned: 33\n")) << log.text();
+    EXPECT_EQ(report(), withArguments({"-jar", "/daemon", "files/tarn.jar"}));
+    ASSERT_EQ(StartTarnDaemon(nullptr, log), 1);
+    EXPECT_EQ(report(), withArguments({"-jar"}));
+}
+
+TEST_F(Launch, TheProgramGetsNothingOfTheHostsAndIsNoChildOfIt)
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    const int low = open("/dev/zero", O_RDONLY);
+    fcntl(low, F_DUPFD, low + 1);
+    fcntl(low, F_DUPFD, 100);
+    ASSERT_EQ(Platform::launchHidden(LAUNCH_WITNESS, "  a   b "), 33);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "there is none to wait for";
+    EXPECT_EQ(report(), withArguments({"a", "b"}));
+    ASSERT_EQ(Platform::launchHidden("\"" LAUNCH_WITNESS "\"", ""), 33);
+    EXPECT_EQ(report(), withArguments({}));
+}
+
+TEST_F(Launch, FailuresAreToldApart)
+{
+    EXPECT_EQ(Platform::launchHidden("\"/no/such/program\"", "x"), 2);
+    EXPECT_EQ(Platform::launchHidden("/etc/passwd/program", ""), 2);
+    EXPECT_EQ(Platform::launchHidden("/etc/passwd", ""), 5) << "it cannot be executed";
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+}
+#endif

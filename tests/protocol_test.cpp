@@ -1,6 +1,7 @@
 // What breaks when requests are encoded or replies decoded.
 #include "platform/Platform.h"
 #include "protocol/CommandException.h"
+#include "remote/RemoteStatus.h"
 #include "support/MemoryStreams.h"
 #include "support/Wire.h"
 
@@ -79,22 +80,14 @@ TEST(Encoding, PartialZeroAndFailedSends)
     out.answers = {2, 2, 0, 0, 1, 1}; // version, code in pieces with waits between
     out.beginCommand(Merrow::code("ST"));
     out.endCommand();
-    EXPECT_EQ(out.bytes(), wire::message("ST")) << "the CRC covers each byte once";
+    out.beginCommand(Merrow::code("SD"));
+    out.endCommand();
+    EXPECT_EQ(out.bytes(), wire::message("ST") + wire::message("SD")) << "the CRC covers each byte once";
 
     MemoryOutput failing;
-    failing.answers = {-1};
+    failing.answers = {2, -1};
     failing.writeBytes("abcdef", 6);
-    EXPECT_TRUE(failing.sends.empty()) << "sending stops, nothing is raised";
-}
-
-TEST(Encoding, SecondCommandOnTheSameEncoderStartsAfresh)
-{
-    MemoryOutput out;
-    for (int i = 0; i < 2; ++i) {
-        out.beginCommand(Merrow::code("ST"));
-        out.endCommand();
-    }
-    EXPECT_EQ(out.bytes(), wire::message("ST") + wire::message("ST"));
+    EXPECT_EQ(failing.sends, Sends{"ab"}) << "sending stops, nothing is raised";
 }
 
 TEST(Decoding, ValuesArriveByteByByte)
@@ -103,6 +96,7 @@ TEST(Decoding, ValuesArriveByteByByte)
                               wire::float64(-0.15625) + "\2\0"s + "text" + wire::sequence({"", "b"}) +
                               wire::sequence({"k", "1", "a\0b"s, "x", "k", "2"});
     MemoryInput in(bytes, 1);
+    in.waits = 2; // a receive of nothing is repeated
     EXPECT_EQ(in.readShort(), 0xCEDE);
     EXPECT_EQ(in.readInt(), -5);
     EXPECT_EQ(in.readLong(), INT64_MIN);
@@ -136,17 +130,21 @@ TEST(Decoding, ArraysMustEndExactlyMapsMayOverrun)
 {
     const auto readArray = [](std::int32_t total) {
         MemoryInput in(std::string_view("\0\0\0\4abcd\0\0\0\0", 12));
-        return failureOf([&] { in.readStringArray(total); });
+        const std::string failure = failureOf([&] { in.readStringArray(total); });
+        return failure + "|" + std::to_string(in.rest.size());
     };
-    EXPECT_EQ(readArray(8), "no failure");
-    EXPECT_EQ(readArray(7), "Length of string array mismatch");
-    EXPECT_EQ(readArray(9), "Length of string array mismatch") << "a second element is read first";
-    EXPECT_EQ(readArray(-1), "Length of string array mismatch");
+    EXPECT_EQ(readArray(8), "no failure|4");
+    EXPECT_EQ(readArray(7), "Length of string array mismatch|4");
+    EXPECT_EQ(readArray(9), "Length of string array mismatch|0") << "a second element is read first";
+    EXPECT_EQ(readArray(-1), "Length of string array mismatch|12");
 
     const std::string two = wire::sequence({"a", "1", "b", "2"});
     MemoryInput in(two);
     EXPECT_EQ(in.readStringMap(-3).size(), 0u);
     EXPECT_EQ(in.readStringMap(13).size(), 2u) << "three bytes over the first entry read a whole second one";
+    MemoryInput exactly(two);
+    EXPECT_EQ(exactly.readStringMap(10).size(), 1u);
+    EXPECT_EQ(exactly.rest.size(), 10u);
 }
 
 TEST(Decoding, FrameFailuresNameWhatWasRead)
@@ -170,6 +168,23 @@ TEST(Decoding, FrameFailuresNameWhatWasRead)
     std::snprintf(expected, sizeof expected, "CRC mismatch: Got 0x%x, expected 0x%x|0",
                   wire::crc(good.substr(0, 6)) ^ 1, wire::crc(good.substr(0, 6)));
     EXPECT_EQ(readFrame(bad), expected);
+
+    // What is missing reads as ones: that must not complete a CRC that ends in them.
+    std::string endsInOnes;
+    for (int i = 0; !endsInOnes.ends_with('\xFF'); ++i) {
+        endsInOnes = wire::message("SD", {{"em", std::to_string(i)}});
+    }
+    MemoryInput cut(std::string_view(endsInOnes).substr(0, endsInOnes.size() - 1));
+    const std::string failure = failureOf([&] { const Merrow::RemoteStopStatus reply(cut); });
+    EXPECT_TRUE(failure.starts_with("CRC mismatch: ")) << failure;
+
+    const std::string twoReplies = good + good;
+    MemoryInput second(twoReplies);
+    for (int twice = 0; twice < 2; ++twice) {
+        second.beginReply();
+        second.readTag();
+        EXPECT_EQ(failureOf([&] { second.endReply(); }), "no failure") << "each reply's CRC starts afresh";
+    }
 }
 
 TEST(Decoding, NegativeLengthsAndBrokenConnectionsEndTheRead)

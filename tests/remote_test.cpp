@@ -53,7 +53,7 @@ TEST(Response, StatusDefaultsOrderAndRepetition)
     EXPECT_EQ(empty.statusCode, -1);
     EXPECT_EQ(empty.getStatusMessage() + empty.codeText, "");
     const auto full = read<RemoteStopStatus>(
-        message("SD", {{"em", "first"}, {"cd", "code"}, {"st", shortInt(-2)}, {"em", "second"}}));
+        message("SD", {{"em", "first"}, {"st", shortInt(7)}, {"cd", "code"}, {"st", shortInt(-2)}, {"em", "second"}}));
     EXPECT_EQ(full.statusCode, -2);
     EXPECT_EQ(full.statusMessage, "second");
     EXPECT_EQ(full.codeText, "code");
@@ -69,8 +69,8 @@ TEST(Response, WrongCodesAndUnknownTagsStopTheReadingThere)
 
 TEST(Response, FixedSizeValuesIgnoreTheirLength)
 {
-    const std::string head = "\0\7SD"s + "st" + int32(4) + shortInt(9) + "em" + int32(2) + "ok" + "\xCE\xDE";
-    const auto reply = read<RemoteStopStatus>(head + int32(wire::crc(head)));
+    const auto reply =
+        read<RemoteStopStatus>(wire::framed("SD", "st" + int32(4) + shortInt(9) + "em" + int32(2) + "ok"));
     EXPECT_EQ(reply.statusCode, 9);
     EXPECT_EQ(reply.statusMessage, "ok");
 }
@@ -118,6 +118,7 @@ TEST(Login, BaseFieldsReachEveryDerivedReply)
     check(read<RemoteMessageInformation>(message("MI", base)));
     check(read<RemotePayload>(message("DE", base)));
     auto session = base;
+    session.emplace_back("sl", sequence({"former", "f"}));
     session.emplace_back("sl", sequence({"token", "t", "user", "u"}));
     check(read<RemoteLoginSession>(message("LS", session)));
     EXPECT_EQ(read<RemoteLoginSession>(message("LS", session)).getSessionMap(),
@@ -152,8 +153,7 @@ void checkCollection(const char* code, const char* collection, const std::string
                      const std::string& itemText)
 {
     const auto withValue = [&](const std::string& value, std::int64_t length) {
-        const std::string head = "\0\7"s + code + collection + int32(length) + value + "\xCE\xDE";
-        return head + int32(wire::crc(head));
+        return wire::framed(code, collection + int32(length) + value);
     };
     const auto failure = [&](const std::string& value, std::int64_t length) {
         const std::string text = failureOf<Reply>(withValue(value, length));
@@ -226,6 +226,8 @@ TEST(Payload, EveryField)
     const std::string entry = parameters(
         {{"ty", int32(1)}, {"fl", int32(-1)}, {"da", "\0data"s}, {"fn", "f"}, {"on", "name"}, {"fc", "text/plain"}});
     const auto payload = read<RemotePayload>(message("DE", {{"da", sequence({entry})},
+                                                            {"da", sequence({parameters({{"fn", "second"}})})},
+                                                            {"tr", sequence({"former"})},
                                                             {"id", "i"},
                                                             {"ms", int32(2)},
                                                             {"kt", sequence({"k", "t"})},
@@ -236,7 +238,8 @@ TEST(Payload, EveryField)
                                                             {"sj", "s"},
                                                             {"tr", sequence({"a", "b"})},
                                                             {"tc", sequence({"c"})}}));
-    ASSERT_EQ(payload.getToc().size(), 1u);
+    ASSERT_EQ(payload.getToc().size(), 2u) << "a second collection adds its items";
+    EXPECT_EQ(payload.getToc()[1]->fn, "second");
     const TocEntry& item = *payload.getToc()[0];
     EXPECT_EQ(item.ty, 1);
     EXPECT_EQ(item.fl, -1);

@@ -1,12 +1,13 @@
 // What the process keeps when calls go on and on: nothing, but for the objects that the library leaves to it.
-#include "hostile/Subjects.h"
-#include "support/Wire.h"
+#include "hostile/ReplyCases.h"
+#include "support/ScriptedDaemon.h"
+
+#include "TarnRemoteClient.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <map>
-#include <thread>
 
 #ifdef __SANITIZE_ADDRESS__
 // gcc's sanitizer has it, but not the header that declares it.
@@ -30,61 +31,20 @@ std::size_t bytesInUse()
 #endif
 }
 
-// Answers every request at once. It keeps nothing of what it reads.
-class Responder
-{
-public:
-    explicit Responder(std::map<std::string, std::string> replies)
-        : replies_(std::move(replies)), listener_(sockets::listenOn(53007)),
-          thread_([this](std::stop_token stop) { run(stop); })
-    {
-    }
-
-    ~Responder()
-    {
-        thread_.request_stop();
-        thread_.join();
-        sockets::close(listener_);
-    }
-
-private:
-    void run(std::stop_token stop)
-    {
-        while (!stop.stop_requested()) {
-            const SOCKET socket = sockets::acceptFrom(listener_, std::chrono::milliseconds(100));
-            std::string bytes;
-            while (socket != sockets::none && !stop.stop_requested() &&
-                   sockets::receiveSome(socket, bytes, std::chrono::milliseconds(100))) {
-                if (const std::size_t length = wire::messageLength(bytes); length != 0) {
-                    sockets::sendAll(socket, replies_.at(bytes.substr(2, 2)));
-                    bytes.erase(0, length);
-                }
-            }
-            if (socket != sockets::none) {
-                sockets::close(socket);
-            }
-        }
-    }
-
-    const std::map<std::string, std::string> replies_;
-    const SOCKET listener_;
-    std::jthread thread_;
-};
-
 std::map<std::string, std::string> goodReplies()
 {
     std::map<std::string, std::string> replies;
-    for (const Subject& subject : subjects()) {
-        replies[subject.code] = framed(subject.code, subject.fields.bytes);
+    for (const ReplyCase& kind : replyCases()) {
+        replies[kind.code] = kind.goodReply();
     }
     return replies;
 }
 
 // Lets one kind of call go on; returns what each has left behind, in bytes.
-double leftByEach(const Subject& subject, std::size_t count, std::int32_t expected)
+double leftByEach(const ReplyCase& kind, std::size_t count, std::int32_t expected)
 {
-    static std::vector<char> log(32766);
-    const auto call = [&] { ASSERT_EQ(subject.call(log.data()), expected) << log.data(); };
+    static std::vector<char> log(TARN_LOG_SIZE);
+    const auto call = [&] { ASSERT_EQ(kind.call(log.data()), expected) << log.data(); };
     for (int warmUp = 0; warmUp < 50; ++warmUp) {
         call();
     }
@@ -93,7 +53,7 @@ double leftByEach(const Subject& subject, std::size_t count, std::int32_t expect
         call();
     }
     const auto grown = static_cast<double>(bytesInUse()) - static_cast<double>(before);
-    std::cout << subject.code << ": " << count << " calls with result " << expected << " leave "
+    std::cout << kind.name << ": " << count << " calls with result " << expected << " leave "
               << std::round(grown / static_cast<double>(count) * 10) / 10 << " bytes each\n";
     return grown / static_cast<double>(count);
 }
@@ -104,10 +64,11 @@ constexpr double nothing = 0.5; // a buffer here or there, not once a call
 
 TEST(Soak, SuccessfulCallsLeaveNothingButLoginSessions)
 {
-    const Responder responder(goodReplies());
-    for (const Subject& subject : subjects()) {
-        const double left = leftByEach(subject, calls / 2 / subjects().size(), subject.success);
-        if (subject.code == "LS") {
+    ScriptedDaemon daemon;
+    daemon.answerAll(goodReplies());
+    for (const ReplyCase& kind : replyCases()) {
+        const double left = leftByEach(kind, calls / 2 / replyCases().size(), kind.success);
+        if (kind.name == "AuthenticateUser") {
             EXPECT_GT(left, sizeof(void*)) << "the session is left to the process";
             EXPECT_LT(left, 700);
         } else {
@@ -122,9 +83,10 @@ TEST(Soak, FailedCallsLeaveTheirException)
     for (auto& [code, reply] : replies) {
         reply.back() ^= 1; // the CRC: the reply has been read to its end
     }
-    const Responder responder(std::move(replies));
-    for (const Subject& subject : subjects()) {
-        const double left = leftByEach(subject, calls / 2 / subjects().size(), subject.failure);
+    ScriptedDaemon daemon;
+    daemon.answerAll(std::move(replies));
+    for (const ReplyCase& kind : replyCases()) {
+        const double left = leftByEach(kind, calls / 2 / replyCases().size(), kind.failure);
         EXPECT_GT(left, sizeof(void*));
         EXPECT_LT(left, 40) << "and no more than that";
     }

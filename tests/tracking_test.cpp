@@ -1,12 +1,6 @@
 // What breaks when sent messages are tracked, locked and expired.
+#include "support/Entries.h"
 #include "support/ExportTest.h"
-
-#include <cstdlib>
-#include <map>
-
-#ifdef _WIN32
-#include <objbase.h>
-#endif
 
 using namespace wire;
 
@@ -30,22 +24,6 @@ std::string information(int status, const std::vector<std::string>& records, con
     return message("MI", params);
 }
 
-void releaseTaskMemory(void* memory)
-{
-#ifdef _WIN32
-    CoTaskMemFree(memory);
-#else
-    std::free(memory);
-#endif
-}
-
-std::u16string take(TarnWideChar* text)
-{
-    const Wide found(text);
-    releaseTaskMemory(text);
-    return {found.begin(), found.end()};
-}
-
 class Tracking : public ExportTest
 {
 protected:
@@ -55,17 +33,6 @@ protected:
         const std::uint32_t maxResults = 0xFFFFFFFE;
         return GetRecipientEntries(user, password, config, &entries, 3, &maxResults, &entryCount, &totalCount, sortBy,
                                    ascending, log);
-    }
-
-    void releaseEntries()
-    {
-        for (std::uint32_t i = 0; i < entryCount; ++i) {
-            take(entries[i].subject);
-            take(entries[i].recipient);
-            take(entries[i].statusMessage);
-            take(entries[i].messageId);
-        }
-        releaseTaskMemory(entries);
     }
 
     TarnRecipientEntry* entries = nullptr;
@@ -96,10 +63,9 @@ TEST_F(Tracking, SettingIsOneExchangeForEachRecipient)
         all.insert(all.end(), rest.begin(), rest.end());
         return message("SI", all);
     };
-    EXPECT_EQ(request(1), expected({{"to", "a@x"}, {"ls", integer(0, 1)}, {"sm", "k\xC3\xB6"}, {"ed", int64(0)}}));
+    EXPECT_EQ(request(1), expected({{"to", "a@x"}, {"ls", integer(0, 1)}, {"sm", "k\u00F6"}, {"ed", int64(0)}}));
     EXPECT_EQ(request(2), expected({{"to", ""}, {"ls", "\1"}, {"sm", ""}, {"ed", int64(-1)}}));
-    EXPECT_EQ(request(3),
-              expected({{"to", "c@x"}, {"ls", "\1"}, {"sm", "\xF0\x9F\x94\x92"}, {"ed", int64(1300000000000)}}));
+    EXPECT_EQ(request(3), expected({{"to", "c@x"}, {"ls", "\1"}, {"sm", "\U0001F512"}, {"ed", int64(1300000000000)}}));
     const Lines all = lines();
     ASSERT_EQ(all.size(), 2u + 3 * 11);
     EXPECT_EQ(Lines(all.begin(), all.begin() + 13),
@@ -135,7 +101,7 @@ TEST_F(Tracking, ReadingOneEnvelopeGivesFourLists)
     learnVersion();
     daemon.play(
         information(0,
-                    {record({{"to", "a"}, {"FLAGS", "6"}, {"statusMsg", "k\xC3\xB6"}, {"expiryDate", "1300000000000"}}),
+                    {record({{"to", "a"}, {"FLAGS", "6"}, {"statusMsg", "k\u00F6"}, {"expiryDate", "1300000000000"}}),
                      record({{"to", "b"}, {"FLAGS", "5"}}), ""},
                     {{"id", "m1"}}));
     EXPECT_EQ(GetLockExpireStatus("p", "ENV", wide(u"/c").c_str(), recipients, locks, messages, dates, id, &count, log),
@@ -156,8 +122,13 @@ TEST_F(Tracking, ReadingOneEnvelopeGivesFourLists)
     daemon.play(information(3, {record({{"to", "a"}})}));
     EXPECT_EQ(GetLockExpireStatus("", "", nullptr, recipients, locks, messages, dates, nullptr, nullptr, log), 3);
     EXPECT_EQ(recipients.text() + locks.text() + dates.text(), "") << "a refusal empties the lists";
+    EXPECT_EQ(messages.text(), u"");
     EXPECT_EQ(request(2), message("MI", {{"tc", clientVersion}}));
     EXPECT_EQ(lines().back(), "Filling output data.");
+    daemon.play(information(3, {record({{"to", "a"}})}, {{"id", "m2"}}));
+    EXPECT_EQ(GetLockExpireStatus("", "", nullptr, recipients, locks, messages, dates, id, &count, log), 3);
+    EXPECT_EQ(id.text(), "m2");
+    EXPECT_EQ(count, 0u);
 }
 
 TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
@@ -166,13 +137,13 @@ TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
                             {record({{"msgId", "m"}, {"to", "a"}, {"subject", "old"}, {"numTries", "1"}}),
                              record({{"msgId", "m"},
                                      {"to", "b"},
-                                     {"subject", "k\xC3\xB6\xF0\x9F\x94\x92"},
+                                     {"subject", "k\u00F6\U0001F512"},
                                      {"statusMsg", "s"},
                                      {"FLAGS", "2"},
-                                     {"numTries", "x"},
-                                     {"createDate", "1"},
-                                     {"firstOpenDate", "2"},
-                                     {"lastModifiedDate", "3"},
+                                     {"numTries", "010"},
+                                     {"createDate", "5000000001"},
+                                     {"firstOpenDate", "5000000002"},
+                                     {"lastModifiedDate", "-5000000003"},
                                      {"expiryDate", "9223372036854775807"}}),
                              record({{"msgId", "m"}, {"to", "a"}, {"subject", "new"}, {"numTries", "2"}}),
                              record({{"msgId", "ma"}, {"to", ""}})},
@@ -196,9 +167,9 @@ TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
     EXPECT_EQ(entries[0].numTries, 2);
     EXPECT_EQ((std::array{entries[1].createDate, entries[1].firstOpenDate, entries[1].lastModifiedDate,
                           entries[1].expiryDate}),
-              (std::array<std::int64_t, 4>{1, 2, 3, INT64_MAX}));
+              (std::array<std::int64_t, 4>{5'000'000'001, 5'000'000'002, -5'000'000'003, INT64_MAX}));
     EXPECT_EQ(entries[1].flags, TARN_FLAG_LOCKED);
-    EXPECT_EQ(entries[1].numTries, 0);
+    EXPECT_EQ(entries[1].numTries, 10);
     const auto texts = [&](int i) {
         const Wide all = Wide(entries[i].messageId) + wide(u"|") + entries[i].recipient + wide(u"|") +
                          entries[i].subject + wide(u"|") + entries[i].statusMessage;
@@ -207,7 +178,7 @@ TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
     EXPECT_EQ(texts(0), u"m|a|new|") << "the later record, in the earlier one's place";
     EXPECT_EQ(texts(1), u"m|b|k\u00F6\U0001F512|s");
     EXPECT_EQ(texts(2), u"ma|||") << "ids and recipients are not run together";
-    releaseEntries();
+    releaseEntries(entries, entryCount);
 }
 
 TEST_F(Tracking, EntriesOfARefusalAFailureAndAnEmptyPage)
@@ -221,7 +192,7 @@ TEST_F(Tracking, EntriesOfARefusalAFailureAndAnEmptyPage)
     daemon.play(information(0, {}, {{"mx", int32(5)}}));
     EXPECT_EQ(entriesOf(nullptr, nullptr, nullptr, nullptr, 1), 0);
     EXPECT_EQ((std::array{entryCount, totalCount}), (std::array{0u, 5u}));
-    releaseEntries();
+    releaseEntries(entries, entryCount);
     daemon.play(information(0, {record({{"to", "a"}}), "zz" + int32(5)}));
     EXPECT_EQ(entriesOf("", "", nullptr, "", 0), -1);
     EXPECT_EQ(entries, nullptr);
@@ -233,16 +204,18 @@ TEST_F(Tracking, SettingByAMapOfFields)
 {
     learnVersion();
     const char* names[] = {"to", "msgId", "to"};
-    const char* values[] = {"first", "m\xC3\xA4", nullptr};
+    const char* values[] = {"first", "m\u00E4", nullptr};
     daemon.play(message("SI", {{"st", shortInt(0)}, {"em", "set"}}));
-    EXPECT_EQ(SetRecipientEntries("p", wide(u"/c").c_str(), names, values, 3, 1, wide(u"\u00FC").c_str(), -5, log), 0);
+    EXPECT_EQ(SetRecipientEntries("p", wide(u"/c").c_str(), names, values, 3, 1, wide(u"\u00FC").c_str(),
+                                  -5'000'000'000, log),
+              0);
     EXPECT_EQ(request(1), message("SI", {{"tc", clientVersion},
                                          {"ky", "p"},
                                          {"ep", "/c"},
-                                         {"ri", sequence({"msgId", "m\xC3\xA4", "to", ""})},
+                                         {"ri", sequence({"msgId", "m\u00E4", "to", ""})},
                                          {"ls", "\1"},
-                                         {"sm", "\xC3\xBC"},
-                                         {"ed", int64(-5)}}));
+                                         {"sm", "\u00FC"},
+                                         {"ed", int64(-5'000'000'000)}}));
     EXPECT_EQ(lines(), (Lines{"Setting config file: /c", "Status code: 0", "Status message: set"}));
     daemon.play(message("SI", {{"st", shortInt(1)}}));
     EXPECT_EQ(SetRecipientEntries("", nullptr, nullptr, nullptr, 0, 0, nullptr, 0, log), 1);
@@ -260,7 +233,7 @@ TEST(Folding, AppendsOrSwapsExactMatches)
         entry.numTries = tries;
         return entry;
     };
-    TarnRecipientEntry entries[3] = {make(m, a, 1)};
+    TarnRecipientEntry entries[4] = {make(m, a, 1)};
     std::uint32_t count = 1;
     TarnRecipientEntry other = make(m, capital, 2);
     EXPECT_EQ(AddOrUpdateRemoteRecipientEntries(entries, &count, &other), 1);
@@ -273,6 +246,8 @@ TEST(Folding, AppendsOrSwapsExactMatches)
     EXPECT_EQ(entries[0].recipient, alsoA.data());
     EXPECT_EQ(same.numTries, 1) << "the former contents are the caller's";
     EXPECT_EQ(same.recipient, a.data());
+    TarnRecipientEntry ofAnotherMessage = make(a, a, 4);
+    EXPECT_EQ(AddOrUpdateRemoteRecipientEntries(entries, &count, &ofAnotherMessage), 1);
     TarnRecipientEntry empty{};
     EXPECT_EQ(AddOrUpdateRemoteRecipientEntries(entries, &count, &empty), 1) << "missing texts count as empty";
     EXPECT_EQ(AddOrUpdateRemoteRecipientEntries(entries, &count, &empty), 0);

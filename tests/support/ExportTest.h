@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string>
@@ -51,9 +52,11 @@ private:
 class ExportTest : public testing::Test
 {
 protected:
-    // The latest call's log without its prefixes, which are checked. "#" stands for the socket's number.
+    // The latest call's log without its prefixes, which are checked and whose numbers are kept. "#" stands for the
+    // socket's number.
     Lines lines()
     {
+        sourceLines.clear();
         const std::string text = log.text();
         EXPECT_TRUE(text.empty() || text.ends_with('\n'));
         Lines result;
@@ -65,6 +68,7 @@ protected:
             if (std::sscanf(line.c_str(), "[TarnRemoteClient:%d] %n", &number, &messageStart) == 1 &&
                 messageStart > 0) {
                 EXPECT_GT(number, 0);
+                sourceLines.push_back(number);
                 // The blank behind the prefix is one, whatever the message begins with.
                 messageStart = static_cast<int>(line.find("] ")) + 2;
                 result.push_back(withoutSocket(line.substr(static_cast<std::size_t>(messageStart))));
@@ -117,5 +121,6 @@ protected:
     const std::string clientVersion = "Outlook Larch 7.6.1:007";
 
     ScriptedDaemon daemon;
+    std::vector<int> sourceLines;
     Output<char> log{TARN_LOG_SIZE};
 };

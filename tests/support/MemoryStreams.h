@@ -42,13 +42,19 @@ public:
 };
 
 // Delivers given bytes, `chunk` at the most a receive, and then fails like a reset connection.
-class MemoryInput final : public Merrow::CommandInputStream
+class MemoryInput : public Merrow::CommandInputStream
 {
 public:
     explicit MemoryInput(std::string_view bytes, std::int32_t chunk = INT32_MAX) : rest(bytes), chunk_(chunk) {}
 
+    virtual ~MemoryInput() = default;
+
     std::int32_t receiveRaw(char* buffer, std::int32_t count) override
     {
+        if (waits > 0) {
+            --waits;
+            return 0;
+        }
         const std::size_t received =
             std::min({rest.size(), static_cast<std::size_t>(count), static_cast<std::size_t>(chunk_)});
         if (received == 0) {
@@ -60,6 +66,7 @@ public:
     }
 
     std::string_view rest;
+    int waits = 0; // how many receives return 0 first
 
 private:
     std::int32_t chunk_;

@@ -28,6 +28,12 @@ void ScriptedDaemon::play(std::string reply, Delivery delivery)
     replies_.push_back({std::move(reply), delivery});
 }
 
+void ScriptedDaemon::answerAll(std::map<std::string, std::string> repliesByCode)
+{
+    const std::scoped_lock lock(mutex_);
+    repliesByCode_ = std::move(repliesByCode);
+}
+
 std::vector<std::string> ScriptedDaemon::requests()
 {
     const std::scoped_lock lock(mutex_);
@@ -65,15 +71,7 @@ void ScriptedDaemon::serve(SOCKET socket, std::stop_token stop)
             }
             continue;
         }
-        Reply reply;
-        {
-            const std::scoped_lock lock(mutex_);
-            requests_.push_back(bytes.substr(0, length));
-            if (!replies_.empty()) {
-                reply = std::move(replies_.front());
-                replies_.pop_front();
-            }
-        }
+        const Reply reply = answerTo(bytes.substr(0, length));
         bytes.erase(0, length);
         std::string_view rest = reply.bytes;
         const bool resets = reply.delivery.resetAfter != SIZE_MAX;
@@ -89,4 +87,19 @@ void ScriptedDaemon::serve(SOCKET socket, std::stop_token stop)
         }
     }
     sockets::close(socket);
+}
+
+ScriptedDaemon::Reply ScriptedDaemon::answerTo(std::string request)
+{
+    const std::scoped_lock lock(mutex_);
+    if (!repliesByCode_.empty()) {
+        return {repliesByCode_.at(request.substr(2, 2)), {}};
+    }
+    requests_.push_back(std::move(request));
+    if (replies_.empty()) {
+        return {};
+    }
+    Reply reply = std::move(replies_.front());
+    replies_.pop_front();
+    return reply;
 }

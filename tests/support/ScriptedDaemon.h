@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -12,7 +13,7 @@
 // How a reply reaches the library.
 struct Delivery
 {
-    std::size_t packet = SIZE_MAX;     // bytes a send
+    std::size_t packet = SIZE_MAX;     // bytes in one send
     std::size_t resetAfter = SIZE_MAX; // the connection is reset once so many bytes were sent
 };
 
@@ -25,6 +26,9 @@ public:
     ~ScriptedDaemon();
 
     void play(std::string reply, Delivery delivery = {});
+
+    // From now on requests are not recorded, and each is answered by the reply for its code.
+    void answerAll(std::map<std::string, std::string> repliesByCode);
 
     // The requests so far, whole messages as they came.
     std::vector<std::string> requests();
@@ -39,10 +43,12 @@ private:
 
     void run(std::stop_token stop);
     void serve(SOCKET socket, std::stop_token stop);
+    Reply answerTo(std::string request);
 
     SOCKET listener_;
     std::mutex mutex_;
     std::deque<Reply> replies_;
+    std::map<std::string, std::string> repliesByCode_;
     std::vector<std::string> requests_;
     std::size_t connections_ = 0;
     std::jthread thread_;

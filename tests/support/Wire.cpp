@@ -63,10 +63,16 @@ std::uint32_t crc(std::string_view bytes)
     return ~value;
 }
 
+std::string framed(std::string_view code, std::string_view parameterBytes)
+{
+    std::string bytes("\0\7", 2);
+    bytes.append(code).append(parameterBytes).append("\xCE\xDE");
+    return bytes + int32(crc(bytes));
+}
+
 std::string message(std::string_view code, const Params& params)
 {
-    std::string bytes = std::string("\0\7", 2) + std::string(code) + parameters(params) + "\xCE\xDE";
-    return bytes + int32(crc(bytes));
+    return framed(code, parameters(params));
 }
 
 std::size_t messageLength(std::string_view bytes)

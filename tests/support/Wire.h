@@ -27,7 +27,8 @@ std::string parameters(const Params& params);
 
 std::uint32_t crc(std::string_view bytes);
 
-// A whole message: version, code, parameters, end marker, CRC.
+// A whole message: version, code, parameters, end marker, CRC. What is framed may be no parameters at all.
+std::string framed(std::string_view code, std::string_view parameterBytes);
 std::string message(std::string_view code, const Params& params = {});
 
 // How long the message at the front of `bytes` is, 0 when it is not complete yet.

@@ -1,0 +1,34 @@
+"""Every name in src/TarnRemoteClient.exports is documented by a comment of the public header, declared by the C#
+binding, and called by an export test, by the story and, when it reads a reply, by a hostile case."""
+import re
+import sys
+from pathlib import Path
+
+root = Path(__file__).resolve().parents[1]
+WITHOUT_REPLY = {"StartTarnDaemon", "GetNextDecryptedItem", "GetNextDecryptedItemInfo",
+                 "AddOrUpdateRemoteRecipientEntries"}
+
+
+def text_of(*patterns):
+    return "\n".join(file.read_text(encoding="utf-8") for pattern in patterns for file in sorted(root.glob(pattern)))
+
+
+exports = set((root / "src/TarnRemoteClient.exports").read_text().split())
+header = text_of("include/TarnRemoteClient.h")
+test_files = re.search(r"tarn_test_program\(export-tests ([^)]+)\)", text_of("tests/CMakeLists.txt")).group(1).split()
+called = {
+    "called by an export test": text_of(*(f"tests/{file}" for file in test_files)),
+    "called by the story": text_of("tests/story_test.cpp"),
+    "called by a hostile case": text_of("tests/hostile/ReplyCases.cpp"),
+    "declared by the C# binding": text_of("bindings/csharp/*.cs"),
+}
+failures = [f"{name} is exported, but not listed" for name in
+            set(re.findall(r"^TARN_API .*?(\w+)\(", header, re.MULTILINE)) - exports]
+for name in sorted(exports):
+    if not re.search(rf"\*/\nTARN_API [\w ]+\b{name}\(", header):
+        failures.append(f"{name} is not documented by the public header")
+    for what, text in called.items():
+        if not re.search(rf"\b{name}\(", text) and not (what.endswith("hostile case") and name in WITHOUT_REPLY):
+            failures.append(f"{name} is not {what}")
+print("\n".join(failures) or f"{len(exports)} exports, all documented, declared and tested")
+sys.exit(bool(failures))
