@@ -88,11 +88,6 @@ protected:
     const std::string good = kind.goodReply();
 };
 
-std::string withLength(std::string bytes, std::size_t at, std::int64_t length)
-{
-    return bytes.replace(at, 4, int32(length));
-}
-
 std::string times(std::size_t count, const std::string& text)
 {
     std::string all;
@@ -123,14 +118,14 @@ std::size_t memory(const std::string& name)
 
 INSTANTIATE_TEST_SUITE_P(All, Reply, testing::ValuesIn(replyCases()), [](const auto& test) { return test.param.name; });
 
-TEST_P(Reply, ABitFlippedInEveryByte)
+TEST_P(Reply, EverySingleBitFlipped)
 {
-    for (std::size_t at = 0; at < good.size() && !HasFailure(); ++at) {
-        SCOPED_TRACE(at);
+    for (std::size_t bit = 0; bit < good.size() * 8 && !HasFailure(); ++bit) {
+        SCOPED_TRACE("bit " + std::to_string(bit));
         std::string reply = good;
-        reply[at] = static_cast<char>(reply[at] ^ 1 << at % 8);
+        reply[bit / 8] = static_cast<char>(reply[bit / 8] ^ 0x80 >> bit % 8);
         const bool waited = expectFailure(kind, reply);
-        const bool inHeadOrCrc = at < 4 || at >= good.size() - 6;
+        const bool inHeadOrCrc = bit < 4 * 8 || bit >= (good.size() - 6) * 8;
         EXPECT_FALSE(waited && inHeadOrCrc) << "there is nothing to wait for";
     }
 }
@@ -143,27 +138,13 @@ TEST_P(Reply, CutOffAtEveryByte)
     }
 }
 
-TEST_P(Reply, EveryLengthWrong)
-{
-    for (const auto& [at, ignored] : kind.fields.lengths) {
-        for (const std::int64_t length : {-1, 0, 1, INT32_MAX}) {
-            SCOPED_TRACE("length " + std::to_string(length) + " at " + std::to_string(at));
-            const std::string reply = framed(kind.code, withLength(kind.fields.bytes, at, length));
-            if (ignored) {
-                expectSuccess(kind, reply);
-            } else {
-                expectFailure(kind, reply);
-            }
-        }
-    }
-}
-
 TEST_P(Reply, EveryParameterTwiceOrUnknown)
 {
-    expectSuccess(kind, framed(kind.code, kind.fields.bytes + kind.fields.bytes));
-    expectSuccess(kind, framed(kind.code, times(10'000, parameter("st", "\1\1")) + kind.fields.bytes));
+    const std::string fields = wire::parameters(kind.fields);
+    expectSuccess(kind, framed(kind.code, fields + fields));
+    expectSuccess(kind, framed(kind.code, times(10'000, parameter("st", "\1\1")) + fields));
     expectFailure(kind, framed(kind.code, times(64 * 1024 / 6, parameter("zz", ""))));
-    expectFailure(kind, framed(kind.code, kind.fields.bytes + parameter("zz", std::string(64 * 1024, '\0'))));
+    expectFailure(kind, framed(kind.code, fields + parameter("zz", std::string(64 * 1024, '\0'))));
 }
 
 TEST_F(Hostile, NestedCollections)
@@ -188,21 +169,6 @@ TEST_F(Hostile, NestedCollections)
     const std::string noRecipients = wire::sequence(std::vector<std::string>(10'000));
     expectSuccess(replyCaseOf("GetRecipientEntries"), framed("MI", status + parameter("ri", noRecipients)));
     expectSuccess(replyCaseOf("DecryptEnvelope"), framed("DE", status + parameter("da", noRecipients)));
-}
-
-TEST_F(Hostile, MapsOfOneMegabyte)
-{
-    const std::string status = parameter("st", "\0\0"s);
-    std::vector<std::string> many;
-    for (int i = 0; i < 40'000; ++i) {
-        many.insert(many.end(), {"key " + std::to_string(i), "value"});
-    }
-    expectSuccess(replyCaseOf("GetSupportedLocales"), framed("LT", status + parameter("sl", wire::sequence(many))));
-    const std::string large = parameter("da", wire::sequence({"key", std::string(1 << 20, 'v')}));
-    expectSuccess(replyCaseOf("GetRecipientEntries"), framed("MI", status + parameter("ri", wire::sequence({large}))));
-    const std::string empty = times(131'072, int32(0) + int32(0));
-    expectFailure(replyCaseOf("VerifyLarchConfig"),
-                  framed("VC", status + parameter("ec", empty.substr(0, empty.size() - 2))));
 }
 
 TEST_F(Hostile, AClaimOfTwoGigabytesTouchesNone)

@@ -109,6 +109,8 @@ TEST_F(Launch, TheProgramGetsNothingOfTheHostsAndIsNoChildOfIt)
 TEST_F(Launch, FailuresAreToldApart)
 {
     EXPECT_EQ(Platform::launchHidden("\"/no/such/program\"", "x"), 2);
+    std::filesystem::current_path("/bin");
+    EXPECT_EQ(Platform::launchHidden("true", ""), 2) << "nothing is looked for in the current folder";
     EXPECT_EQ(Platform::launchHidden("/etc/passwd/program", ""), 2);
     EXPECT_EQ(Platform::launchHidden("/etc/passwd", ""), 5) << "it cannot be executed";
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);

@@ -1,16 +1,29 @@
-// What the exports do when memory runs out. Linked with the library's objects, so that this program's own operators
-// new and delete serve them.
+// What only a program linked with the library's objects can bring about or see: memory that runs out, a log that is
+// copied nowhere.
 #include "client/DaemonConnection.h"
+#include "client/OperationLog.h"
 #include "support/Entries.h"
 #include "support/ExportTest.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <thread>
 
 namespace {
 
 bool outOfMemory = false;
+
+class Inside : public ExportTest
+{
+protected:
+    // The latest call's log where the call did not hand it out.
+    Lines copiedLog()
+    {
+        std::strcpy(log, Client::operationLog().c_str());
+        return lines();
+    }
+};
 
 } // namespace
 
@@ -35,12 +48,13 @@ void operator delete(void* block, std::size_t) noexcept
     std::free(block);
 }
 
-TEST_F(ExportTest, NoMemoryForTheReplyIsLoggedAndNothingIsRead)
+TEST_F(Inside, NoMemoryForTheReplyIsLoggedAndNothingIsRead)
 {
     Output<char> text;
     Output<TarnWideChar> wideText;
     std::uint32_t number = 9;
     std::uint32_t count = 9;
+    std::int32_t sensitivity = 9;
     TarnRecipientEntry* entries = nullptr;
     outOfMemory = true;
     EXPECT_EQ(StopTarnDaemon(log), 0);
@@ -55,17 +69,40 @@ TEST_F(ExportTest, NoMemoryForTheReplyIsLoggedAndNothingIsRead)
     EXPECT_EQ(lines().back(), "Error. Evnelope object is NULL. Operation failed.");
     EXPECT_EQ(DecryptEnvelope("", "", nullptr, "", "", text, 0, wideText, wideText, log), -1);
     EXPECT_EQ(lines().back(), "ERROR: Payload object is NULL");
+    EXPECT_TRUE(text.untouched() && wideText.untouched());
     EXPECT_EQ(GetRecipients("", wideText, &number, log), -1);
+    EXPECT_EQ(GetPayloadStatus("", nullptr, "a;b", wideText, text, text, text, &sensitivity), -1);
+    EXPECT_EQ(copiedLog().back(), "Error. Payload object is null. Operation failed");
+    EXPECT_EQ(wideText.text() + u"|", u"|") << "its lists are written, empty";
+    EXPECT_EQ(text.text(), "");
     EXPECT_EQ(GetRecipientEntries("", "", nullptr, &entries, 0, &number, &number, &count, "", 0, log), -1);
     EXPECT_EQ(entries, nullptr);
-    EXPECT_TRUE(text.untouched() && wideText.untouched());
     outOfMemory = false;
 
-    while (daemon.requests().size() < 7) { // the test's time limit ends the waiting
+    while (daemon.requests().size() < 8) { // the test's time limit ends the waiting
         std::this_thread::yield();
     }
-    EXPECT_EQ(request(6).substr(0, 4), std::string("\0\7MI", 4)) << "every request has left";
+    EXPECT_EQ(request(7).substr(0, 4), std::string("\0\7MI", 4)) << "every request has left";
     EXPECT_EQ(daemon.connections(), 2u) << "the stop has closed its connection all the same";
+}
+
+TEST_F(Inside, TheLogOfPayloadStatus)
+{
+    Output<char> text;
+    Output<TarnWideChar> wideText;
+    std::int32_t sensitivity = 9;
+    const auto payload = [](int status) {
+        return wire::message("DE", {{"st", wire::shortInt(status)}, {"em", "m"}, {"uu", "id"}, {"ms", wire::int32(2)}});
+    };
+    daemon.play(payload(11));
+    daemon.play(payload(3));
+    EXPECT_EQ(GetPayloadStatus("ENV", wide(u"/c").c_str(), "a;b", wideText, text, text, text, &sensitivity), 3);
+    EXPECT_EQ(copiedLog(), (Lines{"Got socket: #", "Starting RemoteEnvelopeDecrypter...", "Setting envelope, size: 3",
+                                  "Setting envelope config file /c", "Setting recipient e-mail: a", "Status code: 11",
+                                  "Status message: m", "Returned EnrollUUID: id", "Message sensitivity: 2",
+                                  "Starting RemoteEnvelopeDecrypter...", "Setting envelope, size: 3",
+                                  "Setting envelope config file /c", "Setting recipient e-mail: b", "Status code: 3",
+                                  "Status message: m", "ERROR. Undefined status code. Message cannot be decrypted."}));
 }
 
 #ifndef _WIN32
@@ -105,7 +142,7 @@ void __wrap_free(void* block)
 }
 }
 
-TEST_F(ExportTest, AnAllocationThatFailsFailsTheCallAndLeaksNothing)
+TEST_F(Inside, AnAllocationThatFailsFailsTheCallAndLeaksNothing)
 {
     const auto record = [](const std::string& id, const std::string& to) {
         return wire::parameters({{"da", wire::sequence({"msgId", id, "to", to, "subject", std::string(100, 's')})}});
@@ -131,6 +168,7 @@ TEST_F(ExportTest, AnAllocationThatFailsFailsTheCallAndLeaksNothing)
         releaseEntries(entries, count);
         const int left = track(failures);
         if (entries != nullptr) {
+            EXPECT_EQ(left, 1 + 2 * 4) << "the array and the texts of two records";
             break;
         }
         ASSERT_EQ(left, 0) << "allocation " << failures;

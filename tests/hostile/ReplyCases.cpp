@@ -6,23 +6,9 @@
 
 #include <algorithm>
 
-using wire::float64;
-using wire::int32;
-using wire::int64;
-using wire::shortInt;
+using namespace wire;
 
 namespace {
-
-void append(Value& whole, const std::string& head, const Value& value, bool ignored)
-{
-    whole.bytes += head;
-    whole.lengths.push_back({whole.bytes.size(), ignored});
-    whole.bytes += int32(static_cast<std::int64_t>(value.bytes.size()));
-    for (const Value::Length& length : value.lengths) {
-        whole.lengths.push_back({whole.bytes.size() + length.at, false});
-    }
-    whole.bytes += value.bytes;
-}
 
 // Room for whatever a reply here may hold.
 char* narrow()
@@ -146,87 +132,50 @@ std::int32_t enroll(char* log)
 
 } // namespace
 
-Value text(std::string bytes)
-{
-    return {.bytes = std::move(bytes), .lengths = {}};
-}
-
-Value number(std::string bytes)
-{
-    return {.bytes = std::move(bytes), .lengths = {}, .isNumber = true};
-}
-
-Value sequence(const std::vector<Value>& items)
-{
-    Value whole;
-    for (const Value& item : items) {
-        append(whole, "", item, false);
-    }
-    return whole;
-}
-
-Value parameters(const std::vector<std::pair<std::string, Value>>& all)
-{
-    Value whole;
-    for (const auto& [tag, value] : all) {
-        append(whole, tag, value, value.isNumber);
-    }
-    return whole;
-}
-
-std::string ReplyCase::goodReply() const
-{
-    return wire::framed(code, fields.bytes);
-}
-
 const std::vector<ReplyCase>& replyCases()
 {
-    const Value map = sequence({text("key"), text("one"), text("next"), text("two")});
-    const Value list = sequence({text("a@x"), text("b@x")});
-    const auto reply = [](std::int64_t status, std::vector<std::pair<std::string, Value>> own) {
-        own.insert(own.begin(), {{"cd", text("ok")}, {"st", number(shortInt(status))}, {"em", text("fine")}});
-        return parameters(own);
+    const std::string map = sequence({"key", "one", "next", "two"});
+    const std::string list = sequence({"a@x", "b@x"});
+    const auto reply = [](Params own) {
+        own.insert(own.begin(), {{"cd", "ok"}, {"st", shortInt(0)}, {"em", "fine"}});
+        return own;
     };
-    const auto loginReply = [&](std::vector<std::pair<std::string, Value>> own) {
-        own.insert(own.begin(), {{"lk", text("link")}, {"se", number(int64(7))}, {"we", number(int32(1))}});
-        return reply(0, own);
+    const auto loginReply = [&](Params own) {
+        own.insert(own.begin(), {{"lk", "link"}, {"se", int64(7)}, {"we", int32(1)}});
+        return reply(own);
     };
-    const Value localized = parameters({{"lc", text("en")}, {"rc", list}, {"en", text("ENV")}, {"tb", text("TEXT")}});
-    const Value item = parameters({{"ty", number(int32(1))},
-                                   {"fl", number(int32(2))},
-                                   {"da", text("data")},
-                                   {"on", text("name")},
-                                   {"fc", text("text/plain")}});
-    const Value tracked = parameters({{"da", sequence({text("msgId"), text("m1"), text("to"), text("r@x")})}});
-    const Value status = reply(
-        0, {{"v ", text("7.6")}, {"bn", number(int32(1))}, {"mm", number(int64(2))}, {"sa", number(float64(.5))}});
-    const Value envelope = reply(0, {{"en", text("ENV")},
-                                     {"ct", text("tt")},
-                                     {"le", sequence({localized, localized})},
-                                     {"an", text("AN")},
-                                     {"th", text("HTML")},
-                                     {"tb", text("TEXT")}});
-    const Value payload = loginReply({{"da", sequence({item, item})},
-                                      {"ms", number(int32(1))},
-                                      {"kt", map},
-                                      {"ku", text("key")},
-                                      {"ec", map},
-                                      {"fm", text("s@x")},
-                                      {"tr", list},
-                                      {"tc", list}});
-    const Value information = loginReply(
-        {{"id", text("m1")}, {"si", number(int32(0))}, {"mx", number(int32(1))}, {"ri", sequence({tracked, tracked})}});
-    const Value texts = reply(0, {{"sl", map}, {"th", map}, {"tb", map}});
-    const Value form = reply(0, {{"su", number(int32(0))}, {"qn", number(int32(3))}, {"al", map}, {"sq", map}});
+    const std::string localized = parameters({{"lc", "en"}, {"rc", list}, {"en", "ENV"}, {"tb", "TEXT"}});
+    const std::string item =
+        parameters({{"ty", int32(1)}, {"fl", int32(2)}, {"da", "data"}, {"on", "name"}, {"fc", "text/plain"}});
+    const std::string tracked = parameters({{"da", sequence({"msgId", "m1", "to", "r@x"})}});
+    const Params status = reply({{"v ", "7.6"}, {"bn", int32(1)}, {"mm", int64(2)}, {"sa", float64(.5)}});
+    const Params envelope = reply({{"en", "ENV"},
+                                   {"ct", "tt"},
+                                   {"le", sequence({localized, localized})},
+                                   {"an", "AN"},
+                                   {"th", "HTML"},
+                                   {"tb", "TEXT"}});
+    const Params payload = loginReply({{"da", sequence({item, item})},
+                                       {"ms", int32(1)},
+                                       {"kt", map},
+                                       {"ku", "key"},
+                                       {"ec", map},
+                                       {"fm", "s@x"},
+                                       {"tr", list},
+                                       {"tc", list}});
+    const Params information =
+        loginReply({{"id", "m1"}, {"si", int32(0)}, {"mx", int32(1)}, {"ri", sequence({tracked, tracked})}});
+    const Params texts = reply({{"sl", map}, {"th", map}, {"tb", map}});
+    const Params form = reply({{"su", int32(0)}, {"qn", int32(3)}, {"al", map}, {"sq", map}});
     static const std::vector<ReplyCase> all{
         {"GetTarnVersion", "ST", status, getVersion},
-        {.name = "StopTarnDaemon", .code = "SD", .fields = reply(0, {}), .call = stop, .success = 1, .failure = 0},
+        {.name = "StopTarnDaemon", .code = "SD", .fields = reply({}), .call = stop, .success = 1, .failure = 0},
         {.name = "AuthenticateUser",
          .code = "LS",
          .fields = loginReply({{"sl", map}}),
          .call = logIn,
          .failureLine = "Unknown exception occured, setting status to -1. GetLastError() : "},
-        {"VerifyLarchConfig", "VC", reply(0, {{"ec", map}}), verify},
+        {"VerifyLarchConfig", "VC", reply({{"ec", map}}), verify},
         {"EncryptEnvelopeOnline", "BE", envelope, encrypt},
         {"DecryptEnvelope", "DE", payload, decrypt},
         {.name = "GetPayloadStatus", .code = "DE", .fields = payload, .call = getPayloadStatus, .failureLine = ""},
@@ -235,11 +184,11 @@ const std::vector<ReplyCase>& replyCases()
         {"SetLockExpireStatus", "SI", loginReply({}), setLocks},
         {"GetRecipientEntries", "MI", information, getEntries},
         {"SetRecipientEntries", "SI", loginReply({}), setEntries},
-        {"GetKeyServerInfo", "KV", reply(0, {{"kd", map}}), getFeatures},
+        {"GetKeyServerInfo", "KV", reply({{"kd", map}}), getFeatures},
         {"GetSupportedLocales", "LT", texts, getLocales},
         {"GetLocalizedMessageBody", "LT", texts, getBodies},
         {"GetEnrollParameters", "EP", form, getEnrollParameters},
-        {"UserEnroll", "EU", reply(0, {{"ve", map}, {"el", number(int32(1))}}), enroll}};
+        {"UserEnroll", "EU", reply({{"ve", map}, {"el", int32(1)}}), enroll}};
     return all;
 }
 
