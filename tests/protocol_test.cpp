@@ -13,6 +13,8 @@ using Merrow::tag;
 using namespace std::string_literals;
 using Sends = std::vector<std::string>;
 
+namespace {
+
 // The text of the exception that `action` throws. Frees it, as nobody else does.
 template <class Action>
 std::string failureOf(Action action)
@@ -26,6 +28,8 @@ std::string failureOf(Action action)
     }
     return "no failure";
 }
+
+} // namespace
 
 TEST(Encoding, EachPrimitiveIsOneSendMostSignificantByteFirst)
 {

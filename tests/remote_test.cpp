@@ -1,9 +1,6 @@
 // What breaks when reply objects read their replies.
 #include "protocol/CommandException.h"
-#include "remote/RemoteConfiguration.h"
-#include "remote/RemoteEnrollment.h"
 #include "remote/RemoteEnvelope.h"
-#include "remote/RemoteLocalizedText.h"
 #include "remote/RemoteLogin.h"
 #include "remote/RemoteMessageInformation.h"
 #include "remote/RemotePayload.h"
@@ -43,6 +40,31 @@ Reply read(const std::string& bytes)
 {
     MemoryInput in(bytes, 1);
     return Reply(in);
+}
+
+// The three kinds of item share their loops; each names its own mismatch, and each leaves an unknown value unread.
+template <class Reply>
+void checkCollection(const char* code, const char* collection, const std::string& collectionText,
+                     const std::string& itemText)
+{
+    const auto withValue = [&](const std::string& value, std::int64_t length) {
+        return wire::framed(code, collection + int32(length) + value);
+    };
+    const auto failure = [&](const std::string& value, std::int64_t length) {
+        const std::string text = failureOf<Reply>(withValue(value, length));
+        return text.substr(0, text.find('|'));
+    };
+    EXPECT_EQ(failure("", 0), "no failure");
+    EXPECT_EQ(failure("", -1), collectionText);
+    EXPECT_EQ(failure(int32(0), 4), "no failure") << "one empty item";
+    EXPECT_EQ(failure(int32(0), 3), collectionText) << "items longer than the collection";
+    EXPECT_EQ(failure(int32(-1), 4), itemText);
+    EXPECT_EQ(failure(int32(5) + "zz" + int32(0), 9), itemText) << "parameters longer than the item";
+    EXPECT_EQ(failure(int32(9) + "zz" + int32(3), 13), "no failure") << "three bytes counted, none consumed";
+    EXPECT_EQ(failureOf<Reply>(withValue(int32(9) + "zz" + int32(3) + "abc", 13)), "Unknown parameter: 24930|3")
+        << "the unread bytes are read as the next tag and length";
+    EXPECT_EQ(failure(int32(INT32_MAX) + "zz" + int32(INT32_MIN), INT32_MAX), itemText)
+        << "no overflow, no endless walk";
 }
 
 } // namespace
@@ -147,31 +169,6 @@ TEST(Envelope, LocalizedItems)
               "1234567");
 }
 
-// The three kinds of item share their loops; each names its own mismatch, and each leaves an unknown value unread.
-template <class Reply>
-void checkCollection(const char* code, const char* collection, const std::string& collectionText,
-                     const std::string& itemText)
-{
-    const auto withValue = [&](const std::string& value, std::int64_t length) {
-        return wire::framed(code, collection + int32(length) + value);
-    };
-    const auto failure = [&](const std::string& value, std::int64_t length) {
-        const std::string text = failureOf<Reply>(withValue(value, length));
-        return text.substr(0, text.find('|'));
-    };
-    EXPECT_EQ(failure("", 0), "no failure");
-    EXPECT_EQ(failure("", -1), collectionText);
-    EXPECT_EQ(failure(int32(0), 4), "no failure") << "one empty item";
-    EXPECT_EQ(failure(int32(0), 3), collectionText) << "items longer than the collection";
-    EXPECT_EQ(failure(int32(-1), 4), itemText);
-    EXPECT_EQ(failure(int32(5) + "zz" + int32(0), 9), itemText) << "parameters longer than the item";
-    EXPECT_EQ(failure(int32(9) + "zz" + int32(3), 13), "no failure") << "three bytes counted, none consumed";
-    EXPECT_EQ(failureOf<Reply>(withValue(int32(9) + "zz" + int32(3) + "abc", 13)), "Unknown parameter: 24930|3")
-        << "the unread bytes are read as the next tag and length";
-    EXPECT_EQ(failure(int32(INT32_MAX) + "zz" + int32(INT32_MIN), INT32_MAX), itemText)
-        << "no overflow, no endless walk";
-}
-
 TEST(Collections, CountsThatDoNotAddUp)
 {
     checkCollection<RemoteEnvelope>("BE", "le", "Length of items in Collection mismatch",
@@ -251,24 +248,4 @@ TEST(Payload, EveryField)
     EXPECT_EQ(payload.kt, (StringMap{{"k", "t"}}));
     EXPECT_EQ(payload.getTr(), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(payload.getTc(), std::vector<std::string>{"c"});
-}
-
-TEST(MapReplies, EachMapUnderItsOwnTag)
-{
-    const auto map = [](const char* key) { return sequence({key, "v"}); };
-    const auto texts = read<RemoteLocalizedText>(message("LT", {{"tb", map("b")}, {"sl", map("l")}, {"th", map("h")}}));
-    EXPECT_EQ(texts.getFirstMap().begin()->first + texts.getSecondMap().begin()->first +
-                  texts.getThirdMap().begin()->first,
-              "lhb");
-    const auto form = read<RemoteEnrollParamsResponse>(message(
-        "EP",
-        {{"su", int32(1)}, {"ou", int32(2)}, {"qn", int32(3)}, {"qe", int32(4)}, {"sq", map("q")}, {"al", map("a")}}));
-    EXPECT_EQ((std::vector{form.su, form.ou, form.qn, form.qe}), (std::vector{1, 2, 3, 4}));
-    EXPECT_EQ(form.getSecondMap().begin()->first + form.getThirdMap().begin()->first, "aq");
-    const auto enrolled = read<RemoteEnrollUserResponse>(message("EU", {{"el", int32(1)}, {"ve", map("e")}}));
-    EXPECT_EQ(enrolled.el, 1);
-    EXPECT_EQ(enrolled.getFirstMap().begin()->first, "e");
-    EXPECT_EQ(read<RemoteKeyserverVersion>(message("KV", {{"kd", map("k")}})).getFirstMap().begin()->first, "k");
-    EXPECT_EQ(read<RemoteVerifyConfigurationResponse>(message("VC", {{"ec", map("c")}})).getFirstMap().begin()->first,
-              "c");
 }
