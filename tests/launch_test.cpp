@@ -96,9 +96,11 @@ TEST_F(Launch, TheProgramGetsNothingOfTheHostsAndIsNoChildOfIt)
     sigemptyset(&signals);
     sigaddset(&signals, SIGUSR1);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
+    close_range(STDERR_FILENO + 1, ~0U, 0);
     const int low = open("/dev/zero", O_RDONLY);
-    fcntl(low, F_DUPFD, low + 1);
-    fcntl(low, F_DUPFD, 100);
+    for (const int above : {low + 3, low + 5, 100}) { // with the launch's own descriptors in the gaps
+        dup2(low, above);
+    }
     ASSERT_EQ(Platform::launchHidden(LAUNCH_WITNESS, "  a   b "), 33);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "there is none to wait for";
     EXPECT_EQ(report(), withArguments({"a", "b"}));
@@ -113,6 +115,10 @@ TEST_F(Launch, FailuresAreToldApart)
     EXPECT_EQ(Platform::launchHidden("true", ""), 2) << "nothing is looked for in the current folder";
     EXPECT_EQ(Platform::launchHidden("/etc/passwd/program", ""), 2);
     EXPECT_EQ(Platform::launchHidden("/etc/passwd", ""), 5) << "it cannot be executed";
+    EXPECT_EQ(Platform::launchHidden("\"/bin/truex", ""), 2) << "quotes come off as a pair";
+    EXPECT_EQ(Platform::launchHidden("//bin/true\"", ""), 2);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+    close(STDIN_FILENO);
+    EXPECT_EQ(Platform::launchHidden("/no/such/program", ""), 2) << "told even where standard descriptors are closed";
 }
 #endif

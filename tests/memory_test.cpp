@@ -38,12 +38,13 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
     return outOfMemory ? nullptr : std::malloc(size);
 }
 
-void operator delete(void* block) noexcept
+// Not inlined, or gcc takes the pair of new and free for a mistake.
+[[gnu::noinline]] void operator delete(void* block) noexcept
 {
     std::free(block);
 }
 
-void operator delete(void* block, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept
 {
     std::free(block);
 }

@@ -50,12 +50,14 @@ TEST(PlatformSockets, BytesBothWaysAndAnOrderlyEnd)
     getsockopt(static_cast<SOCKET>(connection.ours), IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<char*>(&noDelay),
                &size);
     EXPECT_NE(noDelay, 0) << "without it each call waits for a delayed acknowledgement";
+    errno = EINTR; // of somebody else's call
     EXPECT_EQ(Platform::sendBytes(connection.ours, "abc", 3), 3);
     const std::string large(100'000, 'l');
     EXPECT_EQ(Platform::sendBytes(connection.ours, large.data(), 100'000), 100'000);
     EXPECT_EQ(Platform::sendBytes(connection.ours, "d", 1), 1);
     sockets::sendAll(connection.theirs, "xy");
     char buffer[8];
+    errno = EINTR;
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), 2);
     std::string received;
     while (received.size() < 100'004 && sockets::receiveSome(connection.theirs, received, 500ms)) {
@@ -63,6 +65,7 @@ TEST(PlatformSockets, BytesBothWaysAndAnOrderlyEnd)
     EXPECT_TRUE(received == "abc" + large + "d") << "in their order, and all of it once a reply is awaited";
     EXPECT_EQ(std::string(buffer, 2), "xy");
     sockets::close(connection.theirs);
+    errno = EINTR;
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), 0);
 }
 
@@ -140,7 +143,7 @@ TEST(PlatformProcess, LaunchReportsFailuresUnderSignalsAndWithoutDescriptors)
 
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
-    for (const rlim_t left : {2, 1}) { // descriptors, where a launch needs three
+    for (const rlim_t left : {2u, 1u}) { // descriptors, where a launch needs three
         limit.rlim_cur = static_cast<rlim_t>(next) + left;
         setrlimit(RLIMIT_NOFILE, &limit);
         EXPECT_LE(Platform::launchHidden("/bin/true", ""), 32) << "whether it started is not known";
@@ -158,6 +161,8 @@ TEST(PlatformProcessDeathTest, TextThatDoesNotFitEndsTheProcessWithAnEmptyDestin
 #ifndef _WIN32
     std::signal(SIGABRT, [](int) { _exit(buffer[0] == '\0' ? errno : 0); });
     EXPECT_EXIT(Platform::copyOrEndProcess(buffer, 4, "four"), testing::ExitedWithCode(ERANGE), "");
+    EXPECT_EXIT(Platform::copyOrEndProcess(buffer, 1, "f"), testing::ExitedWithCode(ERANGE), "");
+    EXPECT_EXIT(Platform::copyOrEndProcess(buffer, 0, ""), testing::ExitedWithCode(0), "") << "no room for anything";
     buffer[0] = '\0';
     EXPECT_EXIT(Platform::copyOrEndProcess(nullptr, 4, "x"), testing::ExitedWithCode(EINVAL), "");
 #endif
