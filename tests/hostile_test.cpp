@@ -147,30 +147,6 @@ TEST_P(Reply, EveryParameterTwiceOrUnknown)
     expectFailure(kind, framed(kind.code, fields + parameter("zz", std::string(64 * 1024, '\0'))));
 }
 
-TEST_F(Hostile, NestedCollections)
-{
-    const std::string status = parameter("st", "\0\0"s);
-    const std::string unknown = times(64 * 1024 / 6, parameter("zz", ""));
-    const auto envelope = [&](const std::vector<std::string>& items) {
-        return framed("BE", status + parameter("le", wire::sequence(items)));
-    };
-    const ReplyCase& encrypt = replyCaseOf("EncryptEnvelopeOnline");
-    expectSuccess(encrypt, envelope({unknown, "", unknown}));
-    const std::string names = parameter("rc", wire::sequence(std::vector<std::string>(50, "r@x")));
-    expectSuccess(encrypt, envelope(std::vector<std::string>(2'000, names)));
-    expectFailure(encrypt, envelope({parameter("le", "inner collection")}));
-    std::string nested;
-    for (int depth = 0; depth < 1'000; ++depth) {
-        nested = wire::sequence({parameter("le", nested)});
-    }
-    expectFailure(encrypt, framed("BE", status + parameter("le", nested)));
-    expectFailure(encrypt, framed("BE", status + parameter("le", int32(INT32_MAX) + names)));
-
-    const std::string noRecipients = wire::sequence(std::vector<std::string>(10'000));
-    expectSuccess(replyCaseOf("GetRecipientEntries"), framed("MI", status + parameter("ri", noRecipients)));
-    expectSuccess(replyCaseOf("DecryptEnvelope"), framed("DE", status + parameter("da", noRecipients)));
-}
-
 TEST_F(Hostile, AClaimOfTwoGigabytesTouchesNone)
 {
     std::ofstream("/proc/self/clear_refs") << 5; // the peak begins anew

@@ -23,113 +23,6 @@ TarnWideChar* wide(std::size_t i)
     return buffers[i].data();
 }
 
-std::int32_t getVersion(char* log)
-{
-    return GetTarnVersion(narrow(), log);
-}
-
-std::int32_t stop(char* log)
-{
-    return StopTarnDaemon(log);
-}
-
-std::int32_t logIn(char* log)
-{
-    return AuthenticateUser("u@x", "secret", u"/c", narrow(), log);
-}
-
-std::int32_t verify(char* log)
-{
-    return VerifyLarchConfig("s@x", u"/c", log);
-}
-
-std::int32_t encrypt(char* log)
-{
-    return EncryptEnvelopeOnline("a;b", "", "", "s@x", "secret", "message", u"/c", wide(0), wide(1), wide(2), wide(3),
-                                 "", "0", log);
-}
-
-std::int32_t decrypt(char* log)
-{
-    return DecryptEnvelope("secret", "ENVELOPE", nullptr, "r@x", nullptr, narrow(), 0, wide(0), wide(1), log);
-}
-
-std::int32_t getPayloadStatus(char*)
-{
-    std::int32_t sensitivity = 0;
-    return GetPayloadStatus("ENVELOPE", nullptr, "r@x", wide(0), narrow(), narrow(), narrow(), &sensitivity);
-}
-
-std::int32_t getRecipients(char* log)
-{
-    std::uint32_t sensitivity = 0;
-    return GetRecipients("ENVELOPE", wide(0), &sensitivity, log);
-}
-
-std::int32_t getLocks(char* log)
-{
-    std::uint32_t count = 0;
-    return GetLockExpireStatus("secret", "ENVELOPE", nullptr, narrow(), narrow(), wide(0), narrow(), narrow(), &count,
-                               log);
-}
-
-std::int32_t setLocks(char* log)
-{
-    const char* recipient = "r@x";
-    const std::int32_t lock = 1;
-    const TarnWideChar* message = u"locked";
-    const std::int64_t expiryDate = 5;
-    return SetLockExpireStatus("secret", "ENVELOPE", nullptr, &recipient, &lock, &message, &expiryDate, 1, log);
-}
-
-std::int32_t getEntries(char* log)
-{
-    TarnRecipientEntry* entries = nullptr;
-    const std::uint32_t wanted = 10;
-    std::uint32_t count = 0;
-    std::uint32_t total = 0;
-    const std::int32_t status =
-        GetRecipientEntries("u@x", "secret", nullptr, &entries, 0, &wanted, &count, &total, "", 1, log);
-    releaseEntries(entries, count);
-    return status;
-}
-
-std::int32_t setEntries(char* log)
-{
-    const char* name = "to";
-    const char* value = "r@x";
-    return SetRecipientEntries("secret", nullptr, &name, &value, 1, 1, u"locked", 5, log);
-}
-
-std::int32_t getFeatures(char* log)
-{
-    std::uint8_t flags[3] = {};
-    return GetKeyServerInfo(u"/c", &flags[0], &flags[1], &flags[2], log);
-}
-
-std::int32_t getLocales(char* log)
-{
-    return GetSupportedLocales(u"/c", wide(0), log);
-}
-
-std::int32_t getBodies(char* log)
-{
-    return GetLocalizedMessageBody(u"/c", "en", narrow(), narrow(), log);
-}
-
-std::int32_t getEnrollParameters(char* log)
-{
-    std::int32_t numbers[4];
-    return GetEnrollParameters("u@x", "https://k", u"en", &numbers[0], &numbers[1], &numbers[2], &numbers[3], wide(0),
-                               wide(1), log);
-}
-
-std::int32_t enroll(char* log)
-{
-    return UserEnroll("u@x", "https://k", u"F", u"L", u"secret", u"en", "id", "s@x", 0, 1, u"phrase", u"q1", u"q2",
-                      u"q3", u"a1", u"a2", u"a3", 60, "", narrow(), log);
-}
-
 } // namespace
 
 const std::vector<ReplyCase>& replyCases()
@@ -168,27 +61,94 @@ const std::vector<ReplyCase>& replyCases()
     const Params texts = reply({{"sl", map}, {"th", map}, {"tb", map}});
     const Params form = reply({{"su", int32(0)}, {"qn", int32(3)}, {"al", map}, {"sq", map}});
     static const std::vector<ReplyCase> all{
-        {"GetTarnVersion", "ST", status, getVersion},
-        {.name = "StopTarnDaemon", .code = "SD", .fields = reply({}), .call = stop, .success = 1, .failure = 0},
+        {"GetTarnVersion", "ST", status, [](char* log) { return GetTarnVersion(narrow(), log); }},
+        {.name = "StopTarnDaemon",
+         .code = "SD",
+         .fields = reply({}),
+         .call = [](char* log) -> std::int32_t { return StopTarnDaemon(log); },
+         .success = 1,
+         .failure = 0},
         {.name = "AuthenticateUser",
          .code = "LS",
          .fields = loginReply({{"sl", map}}),
-         .call = logIn,
+         .call = [](char* log) { return AuthenticateUser("u@x", "secret", u"/c", narrow(), log); },
          .failureLine = "Unknown exception occured, setting status to -1. GetLastError() : "},
-        {"VerifyLarchConfig", "VC", reply({{"ec", map}}), verify},
-        {"EncryptEnvelopeOnline", "BE", envelope, encrypt},
-        {"DecryptEnvelope", "DE", payload, decrypt},
-        {.name = "GetPayloadStatus", .code = "DE", .fields = payload, .call = getPayloadStatus, .failureLine = ""},
-        {"GetRecipients", "DE", payload, getRecipients},
-        {"GetLockExpireStatus", "MI", information, getLocks},
-        {"SetLockExpireStatus", "SI", loginReply({}), setLocks},
-        {"GetRecipientEntries", "MI", information, getEntries},
-        {"SetRecipientEntries", "SI", loginReply({}), setEntries},
-        {"GetKeyServerInfo", "KV", reply({{"kd", map}}), getFeatures},
-        {"GetSupportedLocales", "LT", texts, getLocales},
-        {"GetLocalizedMessageBody", "LT", texts, getBodies},
-        {"GetEnrollParameters", "EP", form, getEnrollParameters},
-        {"UserEnroll", "EU", reply({{"ve", map}, {"el", int32(1)}}), enroll}};
+        {"VerifyLarchConfig", "VC", reply({{"ec", map}}),
+         [](char* log) { return VerifyLarchConfig("s@x", u"/c", log); }},
+        {"EncryptEnvelopeOnline", "BE", envelope,
+         [](char* log) {
+             return EncryptEnvelopeOnline("a;b", "", "", "s@x", "secret", "message", u"/c", wide(0), wide(1), wide(2),
+                                          wide(3), "", "0", log);
+         }},
+        {"DecryptEnvelope", "DE", payload,
+         [](char* log) {
+             return DecryptEnvelope("secret", "ENVELOPE", nullptr, "r@x", nullptr, narrow(), 0, wide(0), wide(1), log);
+         }},
+        {.name = "GetPayloadStatus",
+         .code = "DE",
+         .fields = payload,
+         .call =
+             [](char*) {
+                 std::int32_t sensitivity = 0;
+                 return GetPayloadStatus("ENVELOPE", nullptr, "r@x", wide(0), narrow(), narrow(), narrow(),
+                                         &sensitivity);
+             },
+         .failureLine = ""},
+        {"GetRecipients", "DE", payload,
+         [](char* log) {
+             std::uint32_t sensitivity = 0;
+             return GetRecipients("ENVELOPE", wide(0), &sensitivity, log);
+         }},
+        {"GetLockExpireStatus", "MI", information,
+         [](char* log) {
+             std::uint32_t count = 0;
+             return GetLockExpireStatus("secret", "ENVELOPE", nullptr, narrow(), narrow(), wide(0), narrow(), narrow(),
+                                        &count, log);
+         }},
+        {"SetLockExpireStatus", "SI", loginReply({}),
+         [](char* log) {
+             const char* recipient = "r@x";
+             const std::int32_t lock = 1;
+             const TarnWideChar* message = u"locked";
+             const std::int64_t expiryDate = 5;
+             return SetLockExpireStatus("secret", "ENVELOPE", nullptr, &recipient, &lock, &message, &expiryDate, 1,
+                                        log);
+         }},
+        {"GetRecipientEntries", "MI", information,
+         [](char* log) {
+             TarnRecipientEntry* entries = nullptr;
+             const std::uint32_t wanted = 10;
+             std::uint32_t count = 0;
+             std::uint32_t total = 0;
+             const std::int32_t result =
+                 GetRecipientEntries("u@x", "secret", nullptr, &entries, 0, &wanted, &count, &total, "", 1, log);
+             releaseEntries(entries, count);
+             return result;
+         }},
+        {"SetRecipientEntries", "SI", loginReply({}),
+         [](char* log) {
+             const char* name = "to";
+             const char* value = "r@x";
+             return SetRecipientEntries("secret", nullptr, &name, &value, 1, 1, u"locked", 5, log);
+         }},
+        {"GetKeyServerInfo", "KV", reply({{"kd", map}}),
+         [](char* log) {
+             std::uint8_t flags[3] = {};
+             return GetKeyServerInfo(u"/c", &flags[0], &flags[1], &flags[2], log);
+         }},
+        {"GetSupportedLocales", "LT", texts, [](char* log) { return GetSupportedLocales(u"/c", wide(0), log); }},
+        {"GetLocalizedMessageBody", "LT", texts,
+         [](char* log) { return GetLocalizedMessageBody(u"/c", "en", narrow(), narrow(), log); }},
+        {"GetEnrollParameters", "EP", form,
+         [](char* log) {
+             std::int32_t numbers[4];
+             return GetEnrollParameters("u@x", "https://k", u"en", &numbers[0], &numbers[1], &numbers[2], &numbers[3],
+                                        wide(0), wide(1), log);
+         }},
+        {"UserEnroll", "EU", reply({{"ve", map}, {"el", int32(1)}}), [](char* log) {
+             return UserEnroll("u@x", "https://k", u"F", u"L", u"secret", u"en", "id", "s@x", 0, 1, u"phrase", u"q1",
+                               u"q2", u"q3", u"a1", u"a2", u"a3", 60, "", narrow(), log);
+         }}};
     return all;
 }
 
