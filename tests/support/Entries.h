@@ -5,6 +5,8 @@
 #include <cstdint>
 
 #ifdef _WIN32
+#include <winsock2.h> // must come before windows.h, which the next one includes
+
 #include <objbase.h>
 #else
 #include <cstdlib>
