@@ -28,11 +28,12 @@ def long(number):
     return struct.pack(">q", number)
 
 
+def parameter(tag, value):
+    return tag.encode() + sized(encode(value))
+
+
 def frame(code, *parameters):
-    data = b"\0\7" + code.encode()
-    for tag, value in parameters:
-        data += tag.encode() + sized(encode(value))
-    data += b"\xce\xde"
+    data = b"\0\7" + code.encode() + b"".join(parameter(*p) for p in parameters) + b"\xce\xde"
     return data + struct.pack(">I", zlib.crc32(data))
 
 
