@@ -118,9 +118,10 @@ std::size_t memory(const std::string& name)
 
 INSTANTIATE_TEST_SUITE_P(All, Reply, testing::ValuesIn(replyCases()), [](const auto& test) { return test.param.name; });
 
-TEST_P(Reply, EverySingleBitFlipped)
+TEST_P(Reply, SingleBitsFlippedInEveryByte)
 {
-    for (std::size_t bit = 0; bit < good.size() * 8 && !HasFailure(); ++bit) {
+    // Every third bit: two or three of each byte, and each place in the byte in turn.
+    for (std::size_t bit = 0; bit < good.size() * 8 && !HasFailure(); bit += 3) {
         SCOPED_TRACE("bit " + std::to_string(bit));
         std::string reply = good;
         reply[bit / 8] = static_cast<char>(reply[bit / 8] ^ 0x80 >> bit % 8);
