@@ -30,6 +30,7 @@ install(FILES "${PROJECT_BINARY_DIR}/TarnRemoteClient.pc" DESTINATION "${CMAKE_I
 
 file(GLOB csharp CONFIGURE_DEPENDS bindings/csharp/*.cs)
 install(FILES ${csharp} DESTINATION "${CMAKE_INSTALL_DOCDIR}/bindings/csharp")
+install(FILES tools/wireshark/tarn.lua DESTINATION "${CMAKE_INSTALL_DATADIR}/TarnRemoteClient/wireshark")
 install(FILES README.md CHANGELOG.md TYPE DOC)
 install(DIRECTORY docs TYPE DOC)
 
