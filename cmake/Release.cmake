@@ -10,6 +10,7 @@ set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 add_compile_options(-fstack-protector-strong)
+add_link_options(-fstack-protector-strong)
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT CMAKE_CXX_FLAGS MATCHES sanitize)
   add_compile_definitions(_FORTIFY_SOURCE=2)
 endif()

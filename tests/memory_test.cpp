@@ -49,6 +49,11 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept
     std::free(block);
 }
 
+[[gnu::noinline]] void operator delete(void* block, const std::nothrow_t&) noexcept
+{
+    std::free(block);
+}
+
 TEST_F(Inside, NoMemoryForTheReplyIsLoggedAndNothingIsRead)
 {
     Output<char> text;
