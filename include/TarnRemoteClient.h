@@ -20,7 +20,7 @@
  *          closes it, once the daemon has answered. A connection that broke is not replaced: after a reset, or when the
  *          daemon was restarted, all further calls of the process fail or wait. A failed attempt to connect leaves its
  *          socket open until the process ends: a caller that waits for the daemon to come up should try with a socket
- * of its own, and call the library once that connects.
+ *          of its own, and call the library once that connects.
  *
  * Out of step  After a failure while a reply is read, bytes of that reply may still be on the connection. The next
  *          calls then take them for their own replies, and can report success for something that the daemon refused.
@@ -54,14 +54,14 @@
  * Log      `log` is a buffer of at least TARN_LOG_SIZE bytes, not null, that receives the operation log of this
  *          call: lines "[TarnRemoteClient:LINE] MESSAGE" ended by "\n". Some messages contain a line feed: the rest of
  *          them is on a line without prefix. A zero character in a logged text ends the log there. The log names most
- *          values sent and received but never a password, a pass phrase or a security answer. A failed call logs
- *          "Unexpected exception occured. GetLastError() : " and the system's error number as its last line.
+ *          values sent and received but never a password, pass phrase or security answer of the caller. A failed
+ *          call logs "Unexpected exception occured. GetLastError() : " and the system's error number as its last line.
  *
  * Log size  A log that does not fit TARN_LOG_SIZE bytes with its terminator ENDS THE PROCESS (as the run-time's bounded
  *          string copy does on an overflow), and so does a null log buffer. Callers therefore bound what they pass.
- * Each line takes fewer than TARN_LOG_LINE_SIZE bytes besides the value in it; TARN_LOG_RESERVE is what an estimate
- *          should leave for the lines that every call writes and for the daemon's status message. The functions say
- *          what else grows their log.
+ *          Each line takes fewer than TARN_LOG_LINE_SIZE bytes besides the value in it; TARN_LOG_RESERVE is what an
+ *          estimate should leave for the lines that every call writes and for the daemon's status message. The
+ *          functions say what else grows their log.
  */
 #ifndef TARN_REMOTE_CLIENT_H
 #define TARN_REMOTE_CLIENT_H
@@ -286,8 +286,9 @@ TARN_API int32_t TARN_CALL EncryptEnvelopeOnline(const char* toList, const char*
  *             plain, whatever secrets the configuration holds (tokens, private keys), and must fit the log.
  * keepOpen    in: a flag that is passed on to the daemon when set.
  * kuOut       out, with status 0: the payload's key text. (Stand-in: with keepOpen, a session key that opens the
- * envelope again without the password.) fromOut     out, with status 0: the sender's address. Returns     the status
- * code. 2, 17 and 200 mean wrong credentials.
+ *             envelope again without the password.)
+ * fromOut     out, with status 0: the sender's address.
+ * Returns     the status code. 2, 17 and 200 mean wrong credentials.
  */
 TARN_API int32_t TARN_CALL DecryptEnvelope(const char* password, const char* envelope, const TarnWideChar* configFile,
                                            const char* recipient, const char* sessionKey, char* configOut,
@@ -525,7 +526,8 @@ TARN_API int32_t TARN_CALL GetEnrollParameters(const char* emailAddress, const c
  * timeZone              in: the daemon's number (stand-in: minutes east of UTC).
  * timeFormat            in: logged, not sent.
  * resultOut             out, for every reply read: the daemon's answers, "key: value; " for each. The same text is
- * logged, whatever secrets it holds, and must fit the log. Returns               the status code.
+ *                       logged, whatever secrets it holds, and must fit the log.
+ * Returns               the status code.
  */
 TARN_API int32_t TARN_CALL UserEnroll(const char* emailAddress, const char* keyServer, const TarnWideChar* firstName,
                                       const TarnWideChar* lastName, const TarnWideChar* password,
