@@ -94,6 +94,7 @@ void restoreEcho()
 
 void prepare()
 {
+    SetDllDirectoryW(L""); // libraries are not looked for in the current folder
     formerCodePage = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
     std::atexit(restoreTerminal);
