@@ -94,7 +94,9 @@ std::string CommandInputStream::readString(std::int32_t length)
     while (text.size() < size && !broken_) {
         const std::size_t piece = std::min(size - text.size(), pieceSize);
         const std::int32_t received = readFully(scratch_.get(), static_cast<std::int32_t>(piece));
-        text.reserve(size);
+        if (!broken_) { // a length that was a lie gets no room
+            text.reserve(size);
+        }
         text.append(scratch_.get(), static_cast<std::size_t>(received));
     }
     return text;
