@@ -22,13 +22,13 @@ TEST(Start, LaunchesTheProgramAtTheJavaPathWithTheUnquotedPath)
     ASSERT_NE(text.find(returned), std::string::npos) << text;
     EXPECT_GT(std::stoi(text.substr(text.find(returned) + returned.size())), 32);
 
-    while (!std::filesystem::exists(witness)) { // the test's time limit ends the waiting
+    std::string commandLine;
+    while (commandLine.empty()) { // the test's time limit ends the waiting
         std::this_thread::yield();
+        std::ifstream file(witness);
+        commandLine.assign(std::istreambuf_iterator<char>(file), {});
     }
-    std::ifstream file(witness);
-    const std::string commandLine(std::istreambuf_iterator<char>(file), {});
     EXPECT_TRUE(commandLine.ends_with(" -jar c:\\daemon files\\tarn.jar")) << commandLine;
-    file.close();
     std::filesystem::remove_all("c:\\Program Files\\Java");
 }
 #else

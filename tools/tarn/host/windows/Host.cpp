@@ -90,6 +90,17 @@ void restoreEcho()
     hiddenConsole = nullptr;
 }
 
+void (*faultWatcher)(const void* address) = nullptr;
+
+LONG WINAPI reportAccessViolation(EXCEPTION_POINTERS* exception)
+{
+    const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
+    if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
+        faultWatcher(reinterpret_cast<const void*>(record.ExceptionInformation[1]));
+    }
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
 } // namespace
 
 void prepare()
@@ -204,15 +215,8 @@ std::span<const int> endingSignals()
 // The library ends the process by TerminateProcess here, which no handler gets to see.
 void watchFaults(void (*onFault)(const void* address), void (*)())
 {
-    static void (*fault)(const void*);
-    fault = onFault;
-    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS* exception) -> LONG {
-        const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
-        if (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION) {
-            fault(reinterpret_cast<const void*>(record.ExceptionInformation[1]));
-        }
-        return EXCEPTION_CONTINUE_SEARCH;
-    });
+    faultWatcher = onFault;
+    SetUnhandledExceptionFilter(reportAccessViolation);
 }
 
 void writeError(const char* text)
