@@ -29,7 +29,10 @@ TEST(Start, LaunchesTheProgramAtTheJavaPathWithTheUnquotedPath)
         commandLine.assign(std::istreambuf_iterator<char>(file), {});
     }
     EXPECT_TRUE(commandLine.ends_with(" -jar c:\\daemon files\\tarn.jar")) << commandLine;
-    std::filesystem::remove_all("c:\\Program Files\\Java");
+    std::error_code inUse;
+    do { // until the program has ended
+        std::filesystem::remove_all("c:\\Program Files\\Java", inUse);
+    } while (inUse);
 }
 #else
 #include "platform/Platform.h"
