@@ -1,6 +1,7 @@
 // What the library makes of the system's answers: interrupted calls, partial sends, failures that do not come by
 // themselves. The functions here stand in for the system's, for calls from the test's own thread; the scripted daemon's
 // thread gets the real ones.
+#include "client/DaemonConnection.h"
 #include "platform/Platform.h"
 #include "support/ExportTest.h"
 
@@ -134,6 +135,13 @@ TEST_F(ExportTest, FailuresOfTheSystemFailTheCallAndAreNamed)
     answers = {{"connect", -1, ECONNREFUSED}};
     EXPECT_EQ(GetTarnVersion(version, log), -1);
     EXPECT_EQ(lines(), Lines{failure + std::to_string(ECONNREFUSED)});
+    answers = {{"connect", -1, ECONNREFUSED}};
+    try {
+        Client::connectToDaemon();
+        ADD_FAILURE() << "connected";
+    } catch (const char* text) {
+        EXPECT_EQ(text, "Failed to connect - " + std::to_string(ECONNREFUSED));
+    }
     answers = {{"socket", -1, EMFILE}};
     EXPECT_EQ(GetTarnVersion(version, log), -1);
     EXPECT_EQ(lines(), Lines{failure + std::to_string(EBADF)});
