@@ -139,6 +139,9 @@ TEST_F(Decryption, RecipientsWhateverTheStatus)
     EXPECT_EQ(sensitivity, 0xFFFFFFFDu);
     EXPECT_EQ(lines(), (Lines{"Got socket: #", "Starting RemoteEnvelopeDecrypter...", "Setting envelope, size: 3",
                               "Message sensitivity: -3"}));
+    daemon.play(payload(0, {}));
+    EXPECT_EQ(GetRecipients("ENV", recipients, &sensitivity, log), 0);
+    EXPECT_EQ(sensitivity, 0u) << "left out";
 }
 
 TEST_F(Decryption, PayloadStatusRecipientByRecipient)

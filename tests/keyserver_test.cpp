@@ -100,6 +100,7 @@ TEST_F(ExportTest, EnrollmentParameters)
     daemon.play(message("EP", {{"st", shortInt(0)}}));
     EXPECT_EQ(GetEnrollParameters("", nullptr, nullptr, &saml, &oneClick, &questions, &editable, locales, choices, log),
               0);
+    EXPECT_EQ((std::array{saml, oneClick, questions, editable}), (std::array{0, 0, 0, 0})) << "what is left out";
     EXPECT_EQ(request(1), message("EP", {{"tc", ""}, {"ec", sequence({"external.secure.url", ""})}, {"ea", ""}}));
     daemon.play(message("EP", {{"su", int32(5)}, {"zz", ""}}));
     saml = 9;

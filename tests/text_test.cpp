@@ -33,6 +33,32 @@ TEST(Conversion, WellFormedTextsBothWays)
     Platform::releaseTaskMemory(empty);
 }
 
+TEST(Conversion, EveryCharacterBothWays)
+{
+    std::string utf8;
+    WideText utf16;
+    for (std::uint32_t value = 1; value <= 0x10FFFF; ++value) {
+        const auto trail = [&](int shift) { return static_cast<char>(0x80 | (value >> shift & 0x3F)); };
+        if (value < 0x80) {
+            utf8 += static_cast<char>(value);
+        } else if (value < 0x800) {
+            utf8 += {static_cast<char>(0xC0 | value >> 6), trail(0)};
+        } else if (value < 0xD800 || (value > 0xDFFF && value < 0x10000)) {
+            utf8 += {static_cast<char>(0xE0 | value >> 12), trail(6), trail(0)};
+        } else if (value > 0xFFFF) {
+            utf8 += {static_cast<char>(0xF0 | value >> 18), trail(12), trail(6), trail(0)};
+            utf16 += {static_cast<WideChar>(0xD7C0 + (value >> 10)), static_cast<WideChar>(0xDC00 | (value & 0x3FF))};
+        }
+        if (value < 0xD800 || (value > 0xDFFF && value < 0x10000)) {
+            utf16 += static_cast<WideChar>(value);
+        }
+    }
+    EXPECT_TRUE(Text::wideToUtf8(utf16) == utf8);
+    WideText out(utf16.size() + 1, '~');
+    Text::utf8IntoWide(utf8.c_str(), out.data());
+    EXPECT_TRUE(out == utf16 + WideChar(0));
+}
+
 TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
 {
     const auto widened = [](const std::string& text) {
@@ -40,15 +66,39 @@ TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
         Text::utf8IntoWide(text.c_str(), buffer.data());
         return WideText(buffer.data());
     };
+    // Every two first bytes: a character has its shortest form, is no surrogate and not beyond U+10FFFF.
+    for (unsigned first = 0x80; first <= 0xFF; ++first) {
+        const unsigned length = first < 0xC0 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 1;
+        for (unsigned second = 1; second <= 0xFF; ++second) {
+            std::string text{static_cast<char>(first), static_cast<char>(second), '\x80', '\x80'};
+            text.resize(std::max(length, 2u));
+            unsigned value = (first & 0x7Fu >> length) << 6 | (second & 0x3F);
+            value <<= 6 * (text.size() - 2);
+            const bool wellFormed = length > 1 && second >> 6 == 2 && value <= 0x10FFFF && value >> 11 != 0x1B &&
+                                    value >= std::array{0u, 0x80u, 0x800u, 0x10000u}[length - 1];
+            const WideText result = widened(text);
+            ASSERT_EQ(result.size(), wellFormed ? (length < 4 ? 1u : 2u) : result.size()) << first << ", " << second;
+            ASSERT_EQ(result[0] != 0xFFFD, wellFormed) << first << ", " << second;
+        }
+    }
     for (const char* bad : {"\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF"}) {
-        const WideText result = widened("<"s + bad + ">");
-        ASSERT_GE(result.size(), 3u) << bad;
-        EXPECT_EQ(result.front(), WideChar('<'));
-        EXPECT_EQ(result.back(), WideChar('>'));
-        EXPECT_EQ(result.substr(1, result.size() - 2), WideText(result.size() - 2, WideChar(0xFFFD)));
+        const std::size_t count = std::string_view(bad).size();
+        EXPECT_EQ(widened("<"s + bad + ">"), units(u"<") + WideText(count, 0xFFFD) + units(u">"))
+            << "one for each byte";
     }
     EXPECT_EQ(widened("\xE2\x82"), units(u"\uFFFD")) << "a text that ends in the middle of a character";
-    EXPECT_EQ(Text::wideToUtf8(units(u"\xD800<\xDC00")), "\xEF\xBF\xBD<\xEF\xBF\xBD");
+    constexpr WideChar edges[] = {0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000};
+    for (const WideChar first : edges) {
+        for (const WideChar second : edges) {
+            const bool paired = first >= 0xD800 && first < 0xDC00 && second >= 0xDC00 && second < 0xE000;
+            const std::string narrow = Text::wideToUtf8(WideText{first, second, 'z'});
+            EXPECT_EQ(narrow.size(), paired ? 5u : 7u);
+            const auto isReplaced = [&](WideChar unit, std::size_t at) {
+                return (narrow.compare(at, 3, "\xEF\xBF\xBD") == 0) == (unit >= 0xD800 && unit < 0xE000);
+            };
+            EXPECT_TRUE(paired || (isReplaced(first, 0) && isReplaced(second, 3)));
+        }
+    }
 }
 
 TEST(Conversion, LongRunsOfAsciiAroundOtherCharacters)

@@ -146,7 +146,8 @@ TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
                                      {"lastModifiedDate", "-5000000003"},
                                      {"expiryDate", "9223372036854775807"}}),
                              record({{"msgId", "m"}, {"to", "a"}, {"subject", "new"}, {"numTries", "2"}}),
-                             record({{"msgId", "ma"}, {"to", ""}})},
+                             record({{"msgId", "ma"}, {"to", ""}}), record({{"msgId", "m\1"}, {"to", "a"}}),
+                             record({{"msgId", "m"}, {"to", "\1a"}})},
                             {{"mx", int32(-2)}}));
     EXPECT_EQ(entriesOf("u@x", "secret", wide(u"/c").c_str(), "createDate", 7), 0);
     EXPECT_EQ(request(0), message("MI", {{"tc", clientVersion},
@@ -162,7 +163,7 @@ TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
                               "Setting client type to: " + clientVersion, "Setting username", "Setting password",
                               "Setting config file: /c", "Retrieving RemoteMessageInformation.", "Status code: 0",
                               "Status message: "}));
-    ASSERT_EQ(entryCount, 3u);
+    ASSERT_EQ(entryCount, 5u);
     EXPECT_EQ(totalCount, 0xFFFFFFFEu);
     EXPECT_EQ(entries[0].numTries, 2);
     EXPECT_EQ((std::array{entries[1].createDate, entries[1].firstOpenDate, entries[1].lastModifiedDate,
@@ -178,6 +179,8 @@ TEST_F(Tracking, EntriesAreFoldedByMessageAndRecipient)
     EXPECT_EQ(texts(0), u"m|a|new|") << "the later record, in the earlier one's place";
     EXPECT_EQ(texts(1), u"m|b|k\u00F6\U0001F512|s");
     EXPECT_EQ(texts(2), u"ma|||") << "ids and recipients are not run together";
+    EXPECT_EQ(texts(3), u"m\1|a||");
+    EXPECT_EQ(texts(4), u"m|\1a||");
     releaseEntries(entries, entryCount);
 }
 
