@@ -6,7 +6,7 @@
 #include <string>
 #include <zlib.h>
 
-// The kernels of the CRC, in bytes a second.
+// The kernels of the CRC, in bytes per second.
 namespace {
 
 using Kernel = Merrow::CrcUpdate*;

@@ -11,7 +11,7 @@
 #include <string>
 #include <sys/resource.h>
 
-// What one large message costs the client in memory and in CPU time. One case a process: memory that an earlier case
+// What one large message costs the client in memory and in CPU time. One case per process: memory that an earlier case
 // left behind would serve the next one.
 namespace {
 
@@ -58,7 +58,7 @@ struct CpuTime
     double system;
 };
 
-// In milliseconds a call.
+// In milliseconds per call.
 CpuTime cpuTimeOf(const std::function<void()>& call)
 {
     const auto milliseconds = [](const timeval& time) {

@@ -312,7 +312,7 @@ TARN_API uint32_t TARN_CALL GetNextDecryptedItemInfo(uint32_t* nameSize, uint32_
  * flags, type        out: the item's two numbers.
  * nameBuffer         out, nameSize bytes: the name (UTF-8), WITHOUT a terminator; not touched by an empty name.
  * contentTypeBuffer  in/out, an initialised text: the content type is APPENDED to it, with a terminator. It needs room
- *                    for contentTypeLength + 1 bytes behind what it holds.
+ *                    for contentTypeLength + 1 bytes after what it holds.
  * dataBuffer         out, dataSize bytes: the data, without a terminator; not touched by an empty item.
  * Returns            1, or 0 when there is no next item.
  */

@@ -15,7 +15,7 @@ struct Way
     Merrow::CrcUpdate* update;
 };
 
-// Those that this processor can go.
+// Those that this processor supports.
 std::vector<Way> ways()
 {
     std::vector<Way> all{{"chosen", Merrow::updateCrc},

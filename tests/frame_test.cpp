@@ -63,7 +63,7 @@ TEST_F(ExportTest, BadRepliesEndInTheCatchAllAndKeepTheConnection)
     EXPECT_EQ(daemon.connections(), 1u) << "a failed stop closes nothing";
 }
 
-#ifndef _WIN32 // Wine tells of an orderly end where a connection is reset, and the call waits for ever, as it must then
+#ifndef _WIN32 // Wine reports an orderly end where a connection is reset, and the call waits for ever, as it must then
 TEST_F(ExportTest, ResetConnectionFailsTheCallAndRaisesNoSignal)
 {
     learnVersion();

@@ -86,7 +86,7 @@ TEST(PlatformSockets, RefusedAndResetConnectionsAreToldNotRaised)
 
     Connection connection;
     sockets::reset(connection.theirs);
-#ifndef _WIN32 // Wine tells of an orderly end
+#ifndef _WIN32 // Wine reports an orderly end
     char buffer[8];
     EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1);
     EXPECT_EQ(Platform::lastSocketError(), ECONNRESET);
@@ -96,7 +96,7 @@ TEST(PlatformSockets, RefusedAndResetConnectionsAreToldNotRaised)
     EXPECT_EQ(Platform::sendBytes(connection.ours, large.data(), 100'000), -1) << "and no signal ends the process";
 #ifndef _WIN32
     errno = 0;
-    EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1) << "a reset keeps being told";
+    EXPECT_EQ(Platform::receiveBytes(connection.ours, buffer, 8), -1) << "a reset keeps being reported";
     EXPECT_EQ(Platform::lastSocketError(), ECONNRESET);
 
     Merrow::CommandOutputSocket out(connection.ours);

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <deque>
 #include <fcntl.h>
+#include <netdb.h>
 #include <sys/syscall.h>
 
 namespace {
@@ -82,6 +83,12 @@ extern "C" int connect(int socket, const sockaddr* address, socklen_t size)
     return fails ? -1 : result;
 }
 
+extern "C" hostent* gethostbyname(const char* name)
+{
+    Answer answer{};
+    return takeAnswer("gethostbyname", answer) ? nullptr : gethostbyname2(name, AF_INET);
+}
+
 extern "C" int socket(int domain, int type, int protocol)
 {
     Answer answer{};
@@ -144,6 +151,9 @@ TEST_F(ExportTest, FailuresOfTheSystemFailTheCallAndAreNamed)
     } catch (const char* text) {
         EXPECT_EQ(text, "Failed to connect - " + std::to_string(ECONNREFUSED));
     }
+    answers = {{"gethostbyname", -1, ENETDOWN}};
+    EXPECT_EQ(GetTarnVersion(version, log), -1);
+    EXPECT_EQ(lines(), Lines{failure + std::to_string(ENETDOWN)});
     answers = {{"socket", -1, EMFILE}};
     EXPECT_EQ(GetTarnVersion(version, log), -1);
     EXPECT_EQ(lines(), Lines{failure + std::to_string(EBADF)});

@@ -22,7 +22,7 @@ namespace Tarn
                     "operation log has room for {2}", call, bytes, Room), parameter);
         }
 
-        /// <summary>The daemon's message for its status, behind its label or on the lines below it.</summary>
+        /// <summary>The daemon's message for its status, after its label or on the lines below it.</summary>
         public static string StatusMessage(string log)
         {
             int label = log.LastIndexOf("] Status message:", StringComparison.Ordinal);
@@ -33,7 +33,7 @@ namespace Tarn
             return (end < 0 ? log.Substring(start) : log.Substring(start, end - start)).Trim();
         }
 
-        /// <summary>The number behind the first line that begins with a label; nothing when there is none.</summary>
+        /// <summary>The number after the label in the first line that begins with it; nothing when there is none.</summary>
         public static int? NumberAfter(string log, string label)
         {
             int start = log.IndexOf("] " + label, StringComparison.Ordinal);

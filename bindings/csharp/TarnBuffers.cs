@@ -4,7 +4,7 @@ namespace Tarn
 {
     /// <summary>
     /// The sizes of the buffers that the library writes texts into. The library is told no sizes: a text that is larger
-    /// than its buffer ends the process, at the page without access behind it.
+    /// than its buffer ends the process, at the inaccessible page after it.
     /// </summary>
     /// <remarks>
     /// Sizes count units: one byte of a UTF-8 text, two bytes of a UTF-16 text. A buffer exists while its call runs.

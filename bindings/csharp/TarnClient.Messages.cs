@@ -9,7 +9,7 @@ namespace Tarn
 {
     public sealed partial class TarnClient
     {
-        private const int LongestStatusCode = 7; // with its sign and the ";" behind it
+        private const int LongestStatusCode = 7; // with its sign and the ";" after it
 
         /// <inheritdoc/>
         public Task<Envelope> EncryptAsync(EncryptRequest request,
@@ -43,7 +43,7 @@ namespace Tarn
                         Arguments.Joined(cc), Arguments.Joined(bcc), from, password, mime, config, envelope.Memory,
                         textBody.Memory, htmlBody.Memory, attachmentName.Memory, encodedConfig,
                         Utf8.Encode(login ? "1" : "0"), log));
-                    // A failure behind a login leaves the login's status 0, and the outputs unwritten.
+                    // A failure after a login leaves the login's status 0, and the outputs unwritten.
                     Require(call, status, "", envelope, textBody, htmlBody, attachmentName);
                     return new Envelope
                     {

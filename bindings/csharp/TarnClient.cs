@@ -100,7 +100,7 @@ namespace Tarn
             return Call(call, () =>
             {
                 byte stopped = Logged(TarnRemoteClient.StopTarnDaemon);
-                // Nothing of the daemon's stands in the log before its status.
+                // The log has no text of the daemon's before its status.
                 int? status = stopped != 0 ? 0 : OperationLog.NumberAfter(LastLog, "Status code: ");
                 if (status == null)
                     throw new TarnExchangeException(call, OperationLog.ErrorNumber(LastLog), LastLog);

@@ -16,7 +16,7 @@ void sendText(Merrow::CommandOutputStream& out, Merrow::Tag tag, std::string_vie
 // 'tc'.
 void sendClientVersion(Merrow::CommandOutputStream& out);
 
-// A value that is logged behind its label and sent.
+// A value that is logged after its label and sent.
 void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::string_view text);
 void sendLogged(Merrow::CommandOutputStream& out, Merrow::Tag tag, LogLabel label, std::int32_t number);
 

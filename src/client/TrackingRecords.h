@@ -10,7 +10,7 @@
 
 namespace Client {
 
-// Puts a record where it belongs: behind the others when `match` is null, else into the entry it matches, whose former
+// Puts a record where it belongs: after the others when `match` is null, else into the entry it matches, whose former
 // contents are then left in `record`. Returns whether it was appended.
 bool addOrUpdate(TarnRecipientEntry* entries, std::uint32_t& count, TarnRecipientEntry* match,
                  TarnRecipientEntry& record);

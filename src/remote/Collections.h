@@ -7,7 +7,7 @@
 
 namespace Merrow {
 
-// Reads a parameter value that holds items, each behind its own length. `readItem(length)` reads one. Counts in 64
+// Reads a parameter value that holds items, each preceded by its length. `readItem(length)` reads one. Counts in 64
 // bits: no length that the daemon may send overflows.
 template <class ReadItem>
 void readCollection(CommandInputStream& stream, std::int32_t length, const char* mismatch, ReadItem readItem)

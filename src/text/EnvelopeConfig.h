@@ -13,7 +13,7 @@ namespace Text {
 std::string encodeCharCodes(std::string& text);
 
 // The map behind an encoded configuration text. Left out are entries that do not come apart into exactly one key and
-// one value, and a lone entry without "; " behind it.
+// one value, and a lone entry without "; " after it.
 StringMap decodeConfigMap(std::string_view encoded);
 
 std::string formatConfigMap(const StringMap& entries);

@@ -11,7 +11,7 @@ using Xunit;
 // The declarations against the header's text.
 public class DeclarationTests
 {
-    // What stands in C# for each type of the header, unless a parameter's name tells more: bytes of known number and
+    // The C# type for each type of the header, unless a parameter's name tells more: bytes of known number and
     // records in place are arrays, a record alone is a reference.
     private static readonly Dictionary<string, string> Types = new Dictionary<string, string>
     {

@@ -25,7 +25,7 @@ public class ProcessTests
     public void ClosedConnection() =>
         Assert.Equal("TimeoutException blocked\n", Child.Run(nameof(ChildCases.ClosedConnection)).Output);
 
-    // The page behind a buffer ends the process before anything else is overwritten.
+    // The page after a buffer ends the process before anything else is overwritten.
     [Fact]
     public void Overruns()
     {

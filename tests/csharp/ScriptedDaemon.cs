@@ -31,7 +31,7 @@ public sealed class ScriptedDaemon : IDisposable
 
     public TarnClient Client { get; } = new TarnClient { ConfigFile = Config, CallTimeout = TimeSpan.FromSeconds(30) };
 
-    // The requests of a call, one a line. Each of the replies must be fetched.
+    // The requests of a call, one per line. Each of the replies must be fetched.
     public string Requests(Action call, params byte[][] answers)
     {
         foreach (byte[] answer in answers)

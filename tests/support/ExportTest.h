@@ -69,7 +69,7 @@ protected:
                 messageStart > 0) {
                 EXPECT_GT(number, 0);
                 sourceLines.push_back(number);
-                // The blank behind the prefix is one, whatever the message begins with.
+                // One blank follows the prefix, whatever the message begins with.
                 messageStart = static_cast<int>(line.find("] ")) + 2;
                 result.push_back(withoutSocket(line.substr(static_cast<std::size_t>(messageStart))));
             } else if (result.empty()) {

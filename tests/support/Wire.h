@@ -18,7 +18,7 @@ std::string int32(std::int64_t value);
 std::string int64(std::int64_t value);
 std::string float64(double value);
 
-// Texts one after the other, each behind its length: an array of strings, a map (keys and values in turn), or the
+// Texts one after the other, each preceded by its length: an array of strings, a map (keys and values in turn), or the
 // items of a collection.
 std::string sequence(const std::vector<std::string>& texts);
 
