@@ -65,7 +65,7 @@ TEST_F(Decryption, ItemsInTurnAndPastTheEnd)
 {
     std::string bytes(256, '\0');
     std::iota(bytes.begin(), bytes.end(), '\0');
-    daemon.play(payload(0, {item("na\0me"s, "text/plain", bytes, -1, -2), item("", "", "")}), {.packet = 100});
+    daemon.play(payload(0, {item("na\0me"s, "text/plain", bytes, -1, -2), ""}), {.packet = 100});
     EXPECT_EQ(decrypt(), 0);
     std::uint32_t flags = 0;
     std::uint32_t type = 0;
@@ -84,7 +84,8 @@ TEST_F(Decryption, ItemsInTurnAndPastTheEnd)
 
     Output<unsigned char> untouched;
     EXPECT_EQ(GetNextDecryptedItem(&flags, &type, untouched, contentType, untouched), 1u);
-    EXPECT_TRUE(untouched.untouched()) << "empty name and data";
+    EXPECT_TRUE(untouched.untouched()) << "no name and no data";
+    EXPECT_EQ((std::array{flags, type}), (std::array{0u, 0u}));
     typeLength = 77;
     flags = 77;
     EXPECT_EQ(GetNextDecryptedItemInfo(&nameSize, &typeLength, &dataSize), 0u);

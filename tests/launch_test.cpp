@@ -122,6 +122,7 @@ TEST_F(Launch, FailuresAreToldApart)
     EXPECT_EQ(Platform::launchHidden("//bin/true\"", ""), 2);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
     close(STDIN_FILENO);
-    EXPECT_EQ(Platform::launchHidden("/no/such/program", ""), 2) << "reported even where standard descriptors are closed";
+    EXPECT_EQ(Platform::launchHidden("/no/such/program", ""), 2)
+        << "reported even where standard descriptors are closed";
 }
 #endif

@@ -1,5 +1,6 @@
 // What breaks when reply objects read their replies.
 #include "protocol/CommandException.h"
+#include "remote/RemoteEnrollment.h"
 #include "remote/RemoteEnvelope.h"
 #include "remote/RemoteLogin.h"
 #include "remote/RemoteMessageInformation.h"
@@ -60,6 +61,7 @@ void checkCollection(const char* code, const char* collection, const std::string
     EXPECT_EQ(failure(int32(0), 3), collectionText) << "items longer than the collection";
     EXPECT_EQ(failure(int32(-1), 4), itemText);
     EXPECT_EQ(failure(int32(5) + "zz" + int32(0), 9), itemText) << "parameters longer than the item";
+    EXPECT_EQ(failure(int32(5) + "zz" + int32(0), 1), itemText) << "one byte is enough to begin an item";
     EXPECT_EQ(failure(int32(9) + "zz" + int32(3), 13), "no failure") << "three bytes counted, none consumed";
     EXPECT_EQ(failureOf<Reply>(withValue(int32(9) + "zz" + int32(3) + "abc", 13)), "Unknown parameter: 24930|3")
         << "the unread bytes are read as the next tag and length";
@@ -123,6 +125,22 @@ TEST(DaemonStatus, EveryFigure)
               (std::vector<std::int64_t>{1, 2, 3, 4, 1LL << 40, 6, 7, 8, 9, 10}));
     EXPECT_EQ((std::vector<double>{status.sa, status.sd, status.ea, status.ed}),
               (std::vector<double>{1.5, 2.5, 3.5, -4.5}));
+}
+
+TEST(Response, NumbersThatAreLeftOutAreZero)
+{
+    const auto status = read<RemoteDaemonStatus>(message("ST"));
+    EXPECT_EQ(
+        (std::vector<std::int64_t>{status.build, status.bt, status.ct, status.ca, status.freeMemory, status.totalMemory,
+                                   status.maxMemory, status.bs, status.bf, status.ss, status.es}),
+        std::vector<std::int64_t>(11));
+    EXPECT_EQ((std::vector<double>{status.sa, status.sd, status.ea, status.ed}), std::vector<double>(4));
+    const auto login = read<RemoteLoginSession>(message("LS"));
+    EXPECT_EQ((std::vector<std::int64_t>{login.se, login.we, login.wd}), std::vector<std::int64_t>(3));
+    const auto information = read<RemoteMessageInformation>(message("MI"));
+    EXPECT_EQ(information.si, 0);
+    EXPECT_EQ(information.mx, 0);
+    EXPECT_EQ(read<RemoteEnrollUserResponse>(message("EU")).el, 0);
 }
 
 TEST(Login, BaseFieldsReachEveryDerivedReply)

@@ -81,6 +81,13 @@ TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
             ASSERT_TRUE(!wellFormed || result.size() == (length < 4 ? 1 : 2)) << first << ", " << second;
         }
     }
+    // And the bytes after them.
+    for (const std::string begin : {"\xE0\xA0", "\xED\x9F", "\xEF\x80", "\xF0\x90", "\xF0\x90\x80", "\xF4\x8F\xBF"}) {
+        for (const char next : {'\x7F', '\x80', '\xBF', '\xC0'}) {
+            const WideText result = widened(begin + next + "\x80");
+            ASSERT_EQ(result[0] == 0xFFFD, next == '\x7F' || next == '\xC0') << begin.size();
+        }
+    }
     for (const char* bad : {"\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFF"}) {
         const std::size_t count = std::string_view(bad).size();
         EXPECT_EQ(widened("<"s + bad + ">"), units(u"<") + WideText(count, 0xFFFD) + units(u">"))
