@@ -1,5 +1,7 @@
 #include "protocol/Crc32.h"
 
+#include "platform/Compiler.h"
+
 #include <array>
 
 namespace Merrow {
@@ -48,7 +50,7 @@ std::uint32_t updateCrcByTables(std::uint32_t crcRegister, const char* bytes, st
     for (; count >= stride; count -= stride, next += stride) {
         std::uint32_t sum = 0;
         // Unrolled, the lookups of a round run side by side; as a loop they take twice the time.
-#pragma GCC unroll 16
+        TARN_UNROLL
         for (std::size_t i = 0; i < stride; ++i) {
             const std::uint32_t mixed = i < 4 ? crcRegister >> 8 * i & 0xFF : 0;
             sum ^= tables[stride - 1 - i][next[i] ^ mixed];

@@ -1,8 +1,13 @@
 #include "protocol/Crc32.h"
 
+#include "platform/Compiler.h"
+
 #include <cstring>
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(TARN_X86)
 #include <immintrin.h>
+#endif
+#if defined(_MSC_VER)
+#include <intrin.h>
 #endif
 
 // The bytes are the coefficients of a polynomial over GF(2), and their CRC is its remainder. A vector of two 64-bit
@@ -14,7 +19,7 @@
 // it. The last four are short enough for the tables.
 namespace Merrow {
 
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(TARN_X86)
 
 namespace {
 
@@ -32,18 +37,18 @@ consteval std::int64_t factor(std::size_t exponent)
 }
 
 // Moves the vectors in `state` on by `steps` times their joint length. A 32-bit host need not have aligned the stack.
-[[gnu::target("pclmul"), gnu::force_align_arg_pointer]] void fold16(std::uint64_t* state, const char* bytes,
-                                                                    std::size_t steps)
+TARN_VECTOR_FUNCTION("pclmul") void fold16(std::uint64_t* state, const char* bytes, std::size_t steps)
 {
     __m128i vectors[vectorCount];
     const __m128i factors = _mm_set_epi64x(factor(8 * sizeof vectors), factor(8 * sizeof vectors + 64));
     const auto* next = reinterpret_cast<const __m128i*>(bytes);
     std::memcpy(vectors, state, sizeof vectors);
     for (; steps > 0; --steps) {
-#pragma GCC unroll 4
+        TARN_UNROLL
         for (__m128i& vector : vectors) {
-            vector = _mm_clmulepi64_si128(vector, factors, 0x00) ^ _mm_clmulepi64_si128(vector, factors, 0x11) ^
-                     _mm_loadu_si128(next++);
+            const __m128i moved =
+                _mm_xor_si128(_mm_clmulepi64_si128(vector, factors, 0x00), _mm_clmulepi64_si128(vector, factors, 0x11));
+            vector = _mm_xor_si128(moved, _mm_loadu_si128(next++));
         }
     }
     std::memcpy(state, vectors, sizeof vectors);
@@ -51,7 +56,7 @@ consteval std::int64_t factor(std::size_t exponent)
 
 // GCC for Windows does not align the stack for vectors of this size.
 #ifndef _WIN32
-[[gnu::target("avx2,vpclmulqdq")]] void fold32(std::uint64_t* state, const char* bytes, std::size_t steps)
+TARN_VECTOR_FUNCTION("avx2,vpclmulqdq") void fold32(std::uint64_t* state, const char* bytes, std::size_t steps)
 {
     __m256i vectors[vectorCount];
     const __m256i factors =
@@ -59,15 +64,27 @@ consteval std::int64_t factor(std::size_t exponent)
     const auto* next = reinterpret_cast<const __m256i*>(bytes);
     std::memcpy(vectors, state, sizeof vectors);
     for (; steps > 0; --steps) {
-#pragma GCC unroll 4
+        TARN_UNROLL
         for (__m256i& vector : vectors) {
-            vector = _mm256_clmulepi64_epi128(vector, factors, 0x00) ^ _mm256_clmulepi64_epi128(vector, factors, 0x11) ^
-                     _mm256_loadu_si256(next++);
+            const __m256i moved = _mm256_xor_si256(_mm256_clmulepi64_epi128(vector, factors, 0x00),
+                                                   _mm256_clmulepi64_epi128(vector, factors, 0x11));
+            vector = _mm256_xor_si256(moved, _mm256_loadu_si256(next++));
         }
     }
     std::memcpy(state, vectors, sizeof vectors);
 }
 #endif
+
+bool multipliesWithoutCarry()
+{
+#if defined(_MSC_VER)
+    int registers[4]; // EAX, EBX, ECX, EDX
+    __cpuid(registers, 1);
+    return (registers[2] & 2) != 0;
+#else
+    return __builtin_cpu_supports("pclmul");
+#endif
+}
 
 template <std::size_t vectorSize, void fold(std::uint64_t*, const char*, std::size_t)>
 std::uint32_t update(std::uint32_t crcRegister, const char* bytes, std::size_t count)
@@ -90,8 +107,8 @@ std::uint32_t update(std::uint32_t crcRegister, const char* bytes, std::size_t c
 
 CrcUpdate* updateCrcByVectors([[maybe_unused]] std::size_t vectorSize)
 {
-#if defined(__x86_64__) || defined(__i386__)
-    if (vectorSize == 16 && __builtin_cpu_supports("pclmul")) {
+#if defined(TARN_X86)
+    if (vectorSize == 16 && multipliesWithoutCarry()) {
         return update<16, fold16>;
     }
 #ifndef _WIN32

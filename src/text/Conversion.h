@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Compiler.h"
 #include "platform/WideText.h"
 
 #include <cstdint>
@@ -32,6 +33,6 @@ void utf8IntoWide(const char* text, WideChar* destination);
 void copyOut(const std::string& text, char* destination);
 
 // printf-style, without a bound. Returns the number of characters written, or -1.
-[[gnu::format(printf, 2, 3)]] std::int32_t formatText(char* buffer, const char* format, ...);
+TARN_PRINTF_FORMAT(2, 3) std::int32_t formatText(char* buffer, const char* format, ...);
 
 } // namespace Text
