@@ -12,6 +12,9 @@ foreach(document IN LISTS documents)
   file(RENAME "${stage}/${CPACK_TARN_DOCDIR}/${document}" "${stage}/${document}")
 endforeach()
 
+execute_process(COMMAND "${CMAKE_CURRENT_LIST_DIR}/../scripts/notices" ${CPACK_TARN_NOTICES}
+  OUTPUT_FILE "${stage}/NOTICES" COMMAND_ERROR_IS_FATAL ANY)
+
 if(CPACK_TARN_FORMAT STREQUAL "zip")
   set(pack "find \"$0\" -type f | sort | zip -q -X -D \"$1\" -@")
 else()

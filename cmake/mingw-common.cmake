@@ -1,14 +1,13 @@
-# The compilers with POSIX threads; everything is linked statically, so that none of their run-time DLLs is needed.
+# The compilers with POSIX threads.
 set(CMAKE_C_COMPILER ${TARN_MINGW}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${TARN_MINGW}-g++-posix)
 set(CMAKE_RC_COMPILER ${TARN_MINGW}-windres)
-set(CMAKE_FIND_ROOT_PATH /usr/${TARN_MINGW})
+# With the prefixes: packages outside of all roots would not be found.
+set(CMAKE_FIND_ROOT_PATH /usr/${TARN_MINGW} ${CMAKE_PREFIX_PATH})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
 
 # Wine runs what is built for tests.
 find_program(TARN_WINE wine)

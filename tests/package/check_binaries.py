@@ -2,37 +2,14 @@
 import argparse
 import re
 import struct
-import subprocess
-import sys
 from pathlib import Path
+
+from checks import ROOT, VERSION, check, check_equal, finish, output
 
 SYSTEM_DLLS = {"ADVAPI32.dll", "KERNEL32.dll", "msvcrt.dll", "ole32.dll", "SHELL32.dll", "USER32.dll", "WS2_32.dll"}
 SYSTEM_LIBRARIES = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "libstdc++.so.6", "ld-linux-x86-64.so.2"}
-ROOT = Path(__file__).resolve().parents[2]
-VERSION = re.search(r'#define TARN_REMOTE_CLIENT_VERSION "(.*)"',
-                    (ROOT / "include/TarnRemoteClient.h").read_text()).group(1)
-VERSION_TEXTS = {
-    "FileDescription": "Native client library of the secure-mail plug-in",
-    "FileVersion": VERSION,
-    "OriginalFilename": "TarnRemoteClient.dll",
-    "ProductName": "Tarn Remote Client",
-    "ProductVersion": VERSION,
-}
-failures = 0
-
-
-def check(what, condition, details=""):
-    global failures
-    failures += not condition
-    print(f"{'ok    ' if condition else 'FAILED'} {what}" + ("" if condition else f": {details}"))
-
-
-def check_equal(what, actual, expected):
-    check(what, actual == expected, f"{actual!r} instead of {expected!r}")
-
-
-def output(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+DESCRIPTIONS = {"TarnRemoteClient.dll": "Native client library of the secure-mail plug-in",
+                "tarn.exe": "Command-line client of the secure-mail plug-in's daemon"}
 
 
 def check_debug_file(file, objdump):
@@ -42,6 +19,30 @@ def check_debug_file(file, objdump):
           ".debug_info" not in sections and debug.exists() and ".debug_info" in output(objdump, "-h", str(debug)),
           sections)
     check(f"{file.name}: names its debug file", (debug.name + "\0").encode() in file.read_bytes(), "no link")
+
+
+def check_version_information(file, name):
+    data = file.read_bytes()
+    numbers = re.search(rb"\xbd\x04\xef\xfe....(.{8})(.{8})", data, re.DOTALL)
+    for index, label in ((1, "file"), (2, "product")):
+        parts = numbers and struct.unpack("<4H", numbers.group(index))
+        check_equal(f"{name}: {label} version",
+                    parts and (parts[1], parts[0], parts[3], parts[2]), tuple(int(part) for part in VERSION.split(".")))
+    expected = {
+        "CompanyName": "The Tarn Remote Client developers",
+        "FileDescription": DESCRIPTIONS[file.name],
+        "FileVersion": VERSION,
+        "InternalName": file.stem,
+        "LegalCopyright": "Copyright The Tarn Remote Client developers",
+        "OriginalFilename": file.name,
+        "ProductName": "Tarn Remote Client",
+        "ProductVersion": VERSION,
+    }
+    found = {}
+    for key in expected:
+        value = re.search(re.escape((key + "\0").encode("utf-16-le")) + rb"(?:\0\0)?((?:[^\0]\0)+)\0\0", data)
+        found[key] = value and value.group(1).decode("utf-16-le")
+    check_equal(f"{name}: version information", found, expected)
 
 
 def check_windows_file(file, bits):
@@ -59,6 +60,7 @@ def check_windows_file(file, bits):
     check(f"{name}: flags {' '.join(sorted(flags))}", wanted <= flags, wanted - flags)
     relocations = re.search(r"Entry 5 \S+ (\S+) Base Relocation", text)
     check(f"{name}: can be relocated", int(relocations.group(1), 16) > 0, "no relocations")
+    check_version_information(file, name)
     return text
 
 
@@ -67,15 +69,11 @@ def check_dll(file, bits, exports):
     table = text[text.index("[Ordinal/Name Pointer] Table"):]
     names = re.findall(r"^\s*\[\s*\d+\] (\S+)$", table, re.MULTILINE)
     check_equal(f"{file.name} ({bits} bits): exports the {len(exports)} names", sorted(names), exports)
-    data = file.read_bytes()
-    numbers = re.search(rb"\xbd\x04\xef\xfe....(.{8})(.{8})", data, re.DOTALL)
-    for index, label in ((1, "file"), (2, "product")):
-        parts = numbers and struct.unpack("<4H", numbers.group(index))
-        check_equal(f"{file.name} ({bits} bits): {label} version",
-                    parts and (parts[1], parts[0], parts[3], parts[2]), tuple(int(part) for part in VERSION.split(".")))
-    for key, expected in VERSION_TEXTS.items():
-        found = re.search(re.escape((key + "\0").encode("utf-16-le")) + rb"(?:\0\0)?((?:[^\0]\0)+)\0\0", data)
-        check_equal(f"{file.name} ({bits} bits): {key}", found and found.group(1).decode("utf-16-le"), expected)
+    base = 0x180000000 if bits == 64 else 0x10000000
+    addresses = {int(address, 16) + base for address in re.findall(r"\t\[ *\d+\] \+base\[ *\d+\] ([0-9a-f]+) Export", text)}
+    lines = re.findall(r"^([0-9a-f]+) T (?:_(?=[A-Z]))?(\w+)$", file.with_suffix(".map").read_text(), re.MULTILINE)
+    mapped = {int(address, 16) for address, name in lines if name in exports}
+    check_equal(f"{file.name} ({bits} bits): addresses in the map", sorted(mapped), sorted(addresses))
     check_debug_file(file, "x86_64-w64-mingw32-objdump")
 
 
@@ -128,7 +126,7 @@ def main():
             check_windows_file(tool, bits)
     for prefix in (arguments.linux, arguments.x64, arguments.x86):
         check_paths(prefix, [ROOT, *(build.resolve() for build in arguments.builds)])
-    sys.exit(failures > 0)
+    finish()
 
 
 main()
