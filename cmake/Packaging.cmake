@@ -1,4 +1,4 @@
-# What cpack packs, and how its archive is called.
+# What cpack packs, and what it calls the archive.
 string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" platform)
 set(CPACK_PACKAGE_FILE_NAME "TarnRemoteClient-${PROJECT_VERSION}-${platform}")
 set(CPACK_GENERATOR External)
