@@ -6,7 +6,9 @@ import subprocess
 from documents import document, run
 
 LIMIT = 120  # seconds
-OWN_NETWORK = ("unshare", "--net", "--map-root-user", "sh", "-c", 'ip link set lo up && exec "$@"', "-")
+# Whatever a command leaves behind ends with it.
+ON_ITS_OWN = ("unshare", "--map-root-user", "--net", "--pid", "--fork", "--kill-child",
+              "sh", "-c", 'ip link set lo up && exec "$@"', "-")
 
 
 def check():
@@ -16,7 +18,7 @@ def check():
                 continue
             shell = ("bash", "-n", "-c", block.code)
             if not block.comment.startswith("not run: "):
-                shell = (*OWN_NETWORK, "bash", "-euo", "pipefail", "-c", block.code)
+                shell = (*ON_ITS_OWN, "bash", "-euo", "pipefail", "-c", block.code)
             try:
                 done = run(*shell, timeout=LIMIT)
             except subprocess.TimeoutExpired:

@@ -83,7 +83,7 @@ def wrong_in_call(call):
                         if re.fullmatch("[a-z][a-z0-9-]*", word) and word not in known)
     elif name == "tarn":
         sub = next((word for word in arguments if re.fullmatch("[a-z]+", word)), None)
-        if sub and sub not in subcommands():
+        if sub not in (None, "help", *subcommands()):
             yield f"tarn has no command {sub}"
         else:
             known = options_of(TOOLS[name]) | (options_of(TOOLS[name], sub) if sub else frozenset())
