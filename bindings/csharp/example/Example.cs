@@ -9,7 +9,6 @@ internal static class Example
 
     private static async Task Run()
     {
-        // begin
         var client = new TarnClient();
         Console.WriteLine("daemon " + client.GetVersion());
         var request = new EncryptRequest
@@ -30,6 +29,5 @@ internal static class Example
             Console.WriteLine(refusal.Message);
         }
         await client.StopDaemonAsync();
-        // end
     }
 }
