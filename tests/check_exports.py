@@ -1,5 +1,6 @@
 """Every name in src/TarnRemoteClient.exports is documented by a comment of the public header, declared by the C#
-binding, and called by an export test, by the story and, when it reads a reply, by a hostile case."""
+binding, named on the wrappers' pages, and called by both wrappers, by an export test, by the story and, when it reads a
+reply, by a hostile case. Every reply class is fuzzed."""
 import re
 import sys
 from pathlib import Path
@@ -7,6 +8,7 @@ from pathlib import Path
 root = Path(__file__).resolve().parents[1]
 WITHOUT_REPLY = {"StartTarnDaemon", "GetNextDecryptedItem", "GetNextDecryptedItemInfo",
                  "AddOrUpdateRemoteRecipientEntries"}
+NOT_WRAPPED = {"AddOrUpdateRemoteRecipientEntries"}
 
 
 def text_of(*patterns):
@@ -20,15 +22,24 @@ called = {
     "called by an export test": text_of(*(f"tests/{file}" for file in test_files)),
     "called by the story": text_of("tests/story_test.cpp"),
     "called by a hostile case": text_of("tests/hostile/ReplyCases.cpp"),
-    "declared by the C# binding": text_of("bindings/csharp/*.cs"),
+    "declared by the C# binding": text_of("bindings/csharp/TarnRemoteClient.cs"),
+    "called by the C# wrapper": text_of("bindings/csharp/TarnClient*.cs"),
+    "called by the C++ wrapper": text_of("bindings/cpp/*.cpp"),
 }
+pages = {page: text_of(page) for page in ("docs/cpp.md", "docs/csharp.md")}
 failures = [f"{name} is exported, but not listed" for name in
             set(re.findall(r"^TARN_API .*?(\w+)\(", header, re.MULTILINE)) - exports]
 for name in sorted(exports):
     if not re.search(rf"\*/\nTARN_API [\w ]+\b{name}\(", header):
         failures.append(f"{name} is not documented by the public header")
     for what, text in called.items():
-        if not re.search(rf"\b{name}\(", text) and not (what.endswith("hostile case") and name in WITHOUT_REPLY):
+        exempt = WITHOUT_REPLY if what.endswith("hostile case") else NOT_WRAPPED if what.endswith("wrapper") else set()
+        call = rf"TarnRemoteClient\.{name}\b" if what == "called by the C# wrapper" else rf"\b{name}\("
+        if name not in exempt and not re.search(call, text):
             failures.append(f"{name} is not {what}")
+    failures += [f"{name} is not named by {page}" for page, text in pages.items() if f"`{name}`" not in text]
+for name in re.findall(r"explicit (\w+)\(CommandInputStream& stream\) \{ readResponse", text_of("src/remote/*.h")):
+    if f"read<{name}>" not in text_of("fuzz/ReplyFields.cpp"):
+        failures.append(f"{name} is not fuzzed")
 print("\n".join(failures) or f"{len(exports)} exports, all documented, declared and tested")
 sys.exit(bool(failures))

@@ -4,7 +4,7 @@ import functools
 import re
 import shlex
 
-from documents import ROOT, documents, run, tracked
+from documents import ROOT, document, documents, run, tracked
 
 BUILD = "build/linux"
 TOOLS = {"tarn": f"{BUILD}/bin/tarn", "tarn-standin": f"{BUILD}/bin/tarn-standin"}
@@ -117,9 +117,12 @@ def check():
         if not (ROOT / path).is_file():
             yield f"{path} is missing: build the preset linux with -DTARN_TESTS=ON -DTARN_TOOLS=ON first"
             return
-    for document in documents():
-        for where, text in document.spans + [(block.where, block.code) for block in document.blocks if block.is_shell]:
+    for sub in subcommands():
+        if f"`tarn {sub}" not in document("docs/tarn.md").text:
+            yield f"docs/tarn.md: tarn {sub} is missing"
+    for page in documents():
+        for where, text in page.spans + [(block.where, block.code) for block in page.blocks if block.is_shell]:
             for call in calls(text):
                 yield from (f"{where}: {problem}" for problem in wrong_in_call(call))
             if option := re.match(r"--[a-z][\w-]*", text):
-                yield from (f"{where}: {problem}" for problem in wrong_option_alone(document.name, option.group()))
+                yield from (f"{where}: {problem}" for problem in wrong_option_alone(page.name, option.group()))
