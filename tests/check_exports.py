@@ -1,6 +1,7 @@
 """Every name in src/TarnRemoteClient.exports is documented by a comment of the public header, declared by the C#
 binding, named on the wrappers' pages, and called by both wrappers, by an export test, by the story and, when it reads a
-reply, by a hostile case. Every reply class is fuzzed."""
+reply, by a hostile case. Every reply class is fuzzed, every command is tried on the stand-in daemon, and every method of the
+C# wrapper has its two forms."""
 import re
 import sys
 from pathlib import Path
@@ -41,5 +42,15 @@ for name in sorted(exports):
 for name in re.findall(r"explicit (\w+)\(CommandInputStream& stream\) \{ readResponse", text_of("src/remote/*.h")):
     if f"read<{name}>" not in text_of("fuzz/ReplyFields.cpp"):
         failures.append(f"{name} is not fuzzed")
+for code in sorted(set(re.findall(r'beginCommand\(code\("(..)"\)', text_of("src/client/*.cpp")))):
+    if f'"{code}"' not in text_of("tests/standin/*_test.py"):
+        failures.append(f"the command {code} is not tried by the stand-in's tests")
+methods = {
+    "ITarnClient": re.findall(r" (\w+)Async\(", text_of("bindings/csharp/ITarnClient.cs")),
+    "TarnClient": re.findall(r"public .*Task.* (\w+)Async\(", text_of("bindings/csharp/TarnClient*.cs")),
+    "TarnClientBlocking": re.findall(r" (\w+)\(this ITarnClient", text_of("bindings/csharp/TarnClientBlocking.cs")),
+}
+for method in sorted(set().union(*methods.values())):
+    failures += [f"{method} is missing in {name}" for name, known in methods.items() if method not in known]
 print("\n".join(failures) or f"{len(exports)} exports, all documented, declared and tested")
 sys.exit(bool(failures))

@@ -26,7 +26,7 @@ def options_of(*command):
 
 @functools.cache
 def subcommands():
-    listed = help_of(TOOLS["tarn"]).partition("\nSubcommands:\n")[2]
+    listed = help_of(TOOLS["tarn"]).partition("\nSubcommands:\n")[2].partition("\n\n")[0]
     return re.findall(r"^  ([a-z-]+) ", listed, re.MULTILINE)
 
 
@@ -51,8 +51,10 @@ def calls(text):
     """The commands of a shell text, each as its words; those given to a shell by -c are commands as well."""
     for line in text.replace("\\\n", " ").splitlines():
         try:
-            words = list(shlex.shlex(line, posix=True, punctuation_chars=True))
-        except ValueError:
+            lexer = shlex.shlex(line, posix=True, punctuation_chars=True)
+            lexer.whitespace_split = True
+            words = list(lexer)
+        except ValueError:  # a piece of some other language
             continue
         call = []
         for word in (*words, ";"):
