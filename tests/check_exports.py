@@ -1,7 +1,7 @@
 """Every name in src/TarnRemoteClient.exports is documented by a comment of the public header, declared by the C#
 binding, named on the wrappers' pages, and called by both wrappers, by an export test, by the story and, when it reads a
-reply, by a hostile case. Every reply class is fuzzed, every command is tried on the stand-in daemon, and every method of the
-C# wrapper has its two forms."""
+reply, by a hostile case. Every reply class is fuzzed, every command is tried on the stand-in daemon, and every method
+of the C# wrapper has its two forms."""
 import re
 import sys
 from pathlib import Path

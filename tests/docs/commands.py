@@ -1,5 +1,5 @@
-"""Every shell block of the README and of CONTRIBUTING works: it is run in the source tree, in a network of its own, or a
-comment before it says why it is not, as in <!-- not run: takes minutes -->."""
+"""Every shell block of the README and of CONTRIBUTING works: it is run in the source tree, in a network of its own, or
+a comment before it says why it is not, as in <!-- not run: takes minutes -->."""
 
 import subprocess
 

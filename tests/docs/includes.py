@@ -35,7 +35,8 @@ def check():
         """The deepest folder of the diagram that holds the file."""
         return max((folder for folder in label.values() if name.startswith(folder + "/")), key=len, default=None)
 
-    drawn = {(label.get(start), label.get(end)) for start, end in re.findall(r"^\s*(\w+) --> (\w+)$", code, re.MULTILINE)}
+    drawn = {(label.get(start), label.get(end))
+             for start, end in re.findall(r"^\s*(\w+) --> (\w+)$", code, re.MULTILINE)}
     real = {}
     for name in filter(DRAWN.match, sorted(tracked())):
         if not drawn_in(name):

@@ -13,8 +13,8 @@ KINDS = "h|c|cpp|cs|csproj|cmake|json|lua|md|proto|py|supp"
 PATH = re.compile(rf"(?<![\w./*-])(?:(?:{TOP})/[\w./*+-]+|[\w/*-]+\.(?:{KINDS}))(?![\w(])")
 PLACEHOLDER = re.compile(r"/[A-Z]{3,}\b(?!\.).*")
 NUMBER = r"(?:\d+|three|four|five|six|seven|eight|nine|ten|eleven|twelve|[a-z]*teen|twenty[a-z-]*)"
-COUNT = re.compile(rf"\b{NUMBER} (?:[a-z-]+ )?(?:classes|commands|documents|exports|functions|methods|presets|suites|tags|"
-                   r"targets|tests)\b", re.IGNORECASE)
+COUNT = re.compile(rf"\b{NUMBER} (?:[a-z-]+ )?(?:classes|commands|documents|exports|functions|methods|presets|suites|"
+                   r"tags|targets|tests)\b", re.IGNORECASE)
 PRESETS = {preset["name"] for kind in ("configurePresets", "testPresets")
            for preset in json.loads(source("CMakePresets.json"))[kind] if not preset.get("hidden")}
 

@@ -39,7 +39,8 @@ def all_options(tool):
 
 @functools.cache
 def scripts():
-    return [name for name in tracked() if re.fullmatch(r"scripts/[\w-]+", name) and (ROOT / name).stat().st_mode & 0o100]
+    return [name for name in tracked()
+            if re.fullmatch(r"scripts/[\w-]+", name) and (ROOT / name).stat().st_mode & 0o100]
 
 
 @functools.cache

@@ -6,10 +6,10 @@ import re
 from documents import document, source, tracked
 
 PAGE, DISSECTOR = "docs/protocol.md", "tools/wireshark/tarn.lua"
-# The kinds that a call or a field of the library can have; the code does not tell texts from bytes, and one function logs
-# and sends texts and ints.
-WRITES = {"writeBoolParam": {"flag"}, "writeIntParam": {"int"}, "writeLongParam": {"long"}, "writeStringMapParam": {"map"},
-          "sendLogged": {"text", "int"}}
+# The kinds that a call or a field of the library can have; the code does not tell texts from bytes, and one function
+# logs and sends texts and ints.
+WRITES = {"writeBoolParam": {"flag"}, "writeIntParam": {"int"}, "writeLongParam": {"long"},
+          "writeStringMapParam": {"map"}, "sendLogged": {"text", "int"}}
 FIELDS = {"std::int16_t": {"short"}, "std::int32_t": {"int"}, "std::int64_t": {"long"}, "double": {"double"},
           "std::string": {"text", "bytes"}, "std::vector<std::string>": {"array"}, "StringMap": {"map"}}
 
@@ -68,10 +68,8 @@ def replies():
     text = "\n".join(source(name) for name in names)
     classes = {name: (base, body) for name, base, body in re.findall(
         r"^(?:class|struct) (\w+)(?: final)?(?: : public (\w+))?\n\{\n(.*?)^\};", text, re.MULTILINE | re.DOTALL)}
-    bodies = {}
-    for name, body in re.findall(r"^(?:void )?(\w+)::(?:readParameter|\w+)\(CommandInputStream& stream, .*?\)\n\{\n(.*?)^\}",
-                                 text, re.MULTILINE | re.DOTALL):
-        bodies[name] = body
+    read_by = r"^(?:void )?(\w+)::\w+\(CommandInputStream& stream, .*?\)\n\{\n(.*?)^\}"
+    bodies = dict(re.findall(read_by, text, re.MULTILINE | re.DOTALL))
 
     def read(name, place):
         base, declared = classes[name]
@@ -82,11 +80,10 @@ def replies():
             yield tag, frozenset(FIELDS[types[field]]), place
         for tag, item in re.findall(r'parameter == tag\("(..)"\).*?make_\w+<(\w+)>', body, re.DOTALL):
             yield tag, frozenset({"collection"}), place
-            yield from read(item, f"item of {tag}") if not base or item not in inherited else ()
+            yield from read(item, f"item of {tag}")
         if base and place.endswith("reply"):
             yield from read(base, place)
 
-    inherited = {base for base, _ in classes.values()}
     for name, (_, body) in classes.items():
         for code in re.findall(r'readResponse\(code\("(..)"\), stream\)', body):
             yield from read(name, f"{code} reply")
