@@ -99,10 +99,10 @@ def wrong_in_call(call):
                 listed = run("ctest", "--test-dir", BUILD, "-N", option, pattern).stdout
                 if not re.search(r"^Total Tests: [1-9]", listed, re.MULTILINE):
                     yield f"no test is found by ctest {option} {pattern}"
-    elif name == "unit-tests":
+    elif name.endswith("-tests"):
         for option in arguments:
             if option.startswith("--gtest_filter=") and "\n  " not in run(
-                    f"{BUILD}/bin/unit-tests", "--gtest_list_tests", option).stdout:
+                    f"{BUILD}/bin/{name}", "--gtest_list_tests", option).stdout:
                 yield f"no test is found by {option}"
     for option, target in zip(arguments, arguments[1:]):
         if name == "cmake" and option == "--target" and target not in ninja_targets():
