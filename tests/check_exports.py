@@ -1,7 +1,7 @@
-"""Every name in src/TarnRemoteClient.exports is documented by a comment of the public header, declared by the C#
-binding, named on the wrappers' pages, and called by both wrappers, by an export test, by the story and, when it reads a
-reply, by a hostile case. Every reply class is fuzzed, every command is tried on the stand-in daemon, and every method
-of the C# wrapper has its two forms."""
+"""Every function of the public header is documented by a comment there, declared by the C# binding, named on the
+wrappers' pages, and called by both wrappers, by an export test, by the story and, when it reads a reply, by a hostile
+case. Every reply class is fuzzed, every command is tried on the stand-in daemon, and every method of the C# wrapper has
+its two forms."""
 import re
 import sys
 from pathlib import Path
@@ -16,8 +16,8 @@ def text_of(*patterns):
     return "\n".join(file.read_text(encoding="utf-8") for pattern in patterns for file in sorted(root.glob(pattern)))
 
 
-exports = set((root / "src/TarnRemoteClient.exports").read_text().split())
 header = text_of("include/TarnRemoteClient.h")
+exports = re.findall(r"^TARN_API .*?(\w+)\(", header, re.MULTILINE)
 test_files = re.search(r"tarn_test_program\(export-tests ([^)]+)\)", text_of("tests/CMakeLists.txt")).group(1).split()
 called = {
     "called by an export test": text_of(*(f"tests/{file}" for file in test_files)),
@@ -28,9 +28,8 @@ called = {
     "called by the C++ wrapper": text_of("bindings/cpp/*.cpp"),
 }
 pages = {page: text_of(page) for page in ("docs/cpp.md", "docs/csharp.md")}
-failures = [f"{name} is exported, but not listed" for name in
-            set(re.findall(r"^TARN_API .*?(\w+)\(", header, re.MULTILINE)) - exports]
-for name in sorted(exports):
+failures = [] if exports else ["the header declares nothing"]
+for name in exports:
     if not re.search(rf"\*/\nTARN_API [\w ]+\b{name}\(", header):
         failures.append(f"{name} is not documented by the public header")
     for what, text in called.items():

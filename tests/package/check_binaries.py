@@ -117,7 +117,8 @@ def main():
     parser.add_argument("x86", type=Path, help="where the 32-bit Windows build is installed")
     parser.add_argument("builds", type=Path, nargs="+", help="the folders that they were built in")
     arguments = parser.parse_args()
-    exports = sorted((ROOT / "src/TarnRemoteClient.exports").read_text().split())
+    header = (ROOT / "include/TarnRemoteClient.h").read_text()
+    exports = sorted(re.findall(r"^TARN_API .*?(\w+)\(", header, re.MULTILINE))
     check_elf_files(arguments.builds[0])
     check_shared_object((arguments.linux / "lib/libTarnRemoteClient.so").resolve(), exports)
     for prefix, bits in ((arguments.x64, 64), (arguments.x86, 32)):
