@@ -65,19 +65,20 @@ void appendUtf8(std::string& text, char32_t value)
 
 } // namespace
 
-WideString toWide(std::string_view utf8)
+ClearedVector<TarnWideChar> toWide(std::string_view utf8)
 {
-    WideString wide;
-    wide.reserve(utf8.size());
+    ClearedVector<TarnWideChar> wide;
+    wide.reserve(utf8.size() + 1);
     while (!utf8.empty()) {
         const char32_t value = takeCharacter(utf8);
         if (value < 0x10000) {
-            wide += static_cast<TarnWideChar>(value);
+            wide.push_back(static_cast<TarnWideChar>(value));
         } else {
-            wide += static_cast<TarnWideChar>(0xD800 + ((value - 0x10000) >> 10));
-            wide += static_cast<TarnWideChar>(0xDC00 + ((value - 0x10000) & 0x3FF));
+            wide.push_back(static_cast<TarnWideChar>(0xD800 + ((value - 0x10000) >> 10)));
+            wide.push_back(static_cast<TarnWideChar>(0xDC00 + ((value - 0x10000) & 0x3FF)));
         }
     }
+    wide.push_back(0);
     return wide;
 }
 
@@ -123,7 +124,7 @@ std::vector<KeyValue> parseMapText(std::string_view text)
     return entries;
 }
 
-Narrow::Narrow(const std::string& text) : text_(text)
+void refuseZero(std::string_view text)
 {
     if (text.find('\0') != text.npos) {
         throw std::invalid_argument("a text for the library holds a zero character, at which it would be cut");

@@ -8,10 +8,8 @@
 
 namespace tarn::detail {
 
-using WideString = std::basic_string<TarnWideChar>;
-
-// Ill-formed input becomes U+FFFD.
-WideString toWide(std::string_view utf8);
+// Ill-formed input becomes U+FFFD. The wide text, which may be a secret, has its terminator.
+ClearedVector<TarnWideChar> toWide(std::string_view utf8);
 std::string toUtf8(std::basic_string_view<TarnWideChar> wide);
 
 std::vector<std::string> split(std::string_view text, std::string_view delimiter);
@@ -21,24 +19,30 @@ std::vector<KeyValue> parseMapText(std::string_view text);
 
 // The forms in which texts go to the library. It would cut a text at a zero character: such a text is refused. These
 // are temporary objects that live as long as the call.
+void refuseZero(std::string_view text);
+
 class Narrow
 {
 public:
-    explicit Narrow(const std::string& text);
-    operator const char*() const { return text_.c_str(); }
+    template <class Text> // a std::string or a Secret
+    explicit Narrow(const Text& text) : text_(text.c_str())
+    {
+        refuseZero(text);
+    }
+    operator const char*() const { return text_; }
 
 private:
-    const std::string& text_;
+    const char* text_;
 };
 
 class Wide
 {
 public:
-    explicit Wide(const std::string& text) : text_(toWide(static_cast<const char*>(Narrow(text)))) {}
-    operator const TarnWideChar*() const { return text_.c_str(); }
+    explicit Wide(std::string_view text) : text_(toWide(text)) { refuseZero(text); }
+    operator const TarnWideChar*() const { return text_.data(); }
 
 private:
-    WideString text_;
+    ClearedVector<TarnWideChar> text_;
 };
 
 // Addresses with ";" between them, which no address may hold.

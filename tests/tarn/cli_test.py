@@ -332,12 +332,12 @@ class WithDaemon(TarnTest):
         _, error = self.tarn(*encrypt, "letter.eml", *(f"--bcc=recipient-{i}@example.com" for i in range(1000)),
                              user=ALICE, code=2)
         self.assertIn("too much for one EncryptEnvelopeOnline", error)
-        for wrong in ([], ["login"], ["version", "--nonsense"], ["sent", ALICE, "--max", "-1"],
+        for wrong in ([], ["login"], ["start", "x", "--wait", "3601"], ["version", "--nonsense"], ["sent", ALICE, "--max", "-1"],
                       ["expire", "letter.eml"], ["expire", "letter.eml", "--at", "+1d", "--never"]):
             self.tarn(*wrong, code=2)
         for time_text in ("tomorrow", "2026-02-30", "2026-01-01T25:00", "2026-01-01x", "+1y", "+",
                           "2026-01-01T10:00+1"):
-            self.assertIn("is no time", self.tarn("expire", "letter.eml", "--at", time_text, user=ALICE, code=2)[1])
+            self.assertIn("is not a time", self.tarn("expire", "letter.eml", "--at", time_text, user=ALICE, code=2)[1])
         self.assertIn('unknown command "nonsense"', self.tarn("nonsense", code=2)[1])
         self.assertIn('is "decrypt" meant', self.tarn("decyrpt", code=2)[1])
         self.assertIn("TARN_PASSWORD", self.tarn("--help")[0])
@@ -385,9 +385,11 @@ class WithDaemon(TarnTest):
         self.assertEqual((bob()["locked"], bob()["statusMessage"]), (True, "by id"))
         self.tarn("unlock", *by_id, user=ALICE)
         self.assertEqual((bob()["locked"], bob()["statusMessage"]), (False, "by id"))
-        self.assertIn("no recipient", self.tarn("lock", envelope, "--recipient", "x@example.com", user=ALICE,
+        self.assertIn("not a recipient", self.tarn("lock", envelope, "--recipient", "x@example.com", user=ALICE,
                                                 code=1)[1])
-        self.assertIn("one of them", self.tarn("lock", envelope, "--message-id", message_id, user=ALICE, code=2)[1])
+        for unclear in (["lock"], ["lock", envelope, *by_id], ["lock", "--message-id", message_id],
+                        ["lock", envelope, "--user", ALICE]):
+            self.assertRegex(self.tarn(*unclear, user=ALICE, code=2)[1], "either|together")
         _, error = self.tarn("lock", envelope, "--message", "x{plugin_delimiter}y", user=ALICE, code=2)
         self.assertIn("{plugin_delimiter}", error)
         self.assertEqual(self.json("tracking", envelope, user=BOB, code=1)["status"], 2)
@@ -413,7 +415,9 @@ class WithDaemon(TarnTest):
         self.assertIn(f"records 1 to 2 of {total}\n", table)
         self.assertIn(records[0]["created"][:16].replace("T", " "), table)
         self.assertIn("no records", self.tarn("sent", ALICE, "--start", total, user=ALICE)[0])
-        self.assertEqual(self.json("sent", ALICE, "--sort", "nonsense", user=ALICE, code=1)["status"], 101)
+        refused = self.json("sent", ALICE, "--sort", "nonsense", user=ALICE, code=1)
+        self.assertEqual(refused["status"], 101)
+        self.assertIn("status 101 (a value is wrong)", refused["error"])
 
     def test_key_server(self):
         features = self.json("features")
@@ -501,7 +505,7 @@ class WithoutDaemon(TarnTest):
             _, error = self.tarn(*command, code=3)
             self.assertIn("no daemon listens", error)
         self.assertEqual(self.json("version", code=3)["exitCode"], 3)
-        self.assertIn("is no file", self.tarn("start", "missing.jar", code=4)[1])
+        self.assertIn("is not a file", self.tarn("start", "missing.jar", code=4)[1])
         self.assertIn("no such program", self.tarn("start", self.file("daemon.jar", ""), code=1)[1])
 
     def test_stop(self):
@@ -525,7 +529,8 @@ class WithoutDaemon(TarnTest):
                 with connection:
                     connection.sendall(answer)
                     act(client)
-                    return client.wait(TIME_LIMIT), client.stderr.read().decode()
+                    output, error = client.communicate(timeout=TIME_LIMIT)
+                    return client.returncode, error.decode(), output.decode()
             finally:
                 if client.poll() is None:
                     client.kill()
@@ -536,12 +541,17 @@ class WithoutDaemon(TarnTest):
             self.assertIsNone(client.poll())
             client.send_signal(signal.SIGINT)
 
-        self.assertEqual(self.with_listener(b"", interrupt)[0], 130)
+        self.assertEqual(self.with_listener(b"", interrupt), (130, "", ""))
+        code, _, output = self.with_listener(b"", interrupt, "--json")
+        self.assertEqual((code, json.loads(output)), (130, {"exitCode": 130, "status": None, "message": None,
+                                                            "error": "ended by a signal"}))
 
     def test_a_time_limit_ends_a_call_that_waits(self):
-        code, error = self.with_listener(b"", lambda client: None, "--timeout", "1")
+        code, error, output = self.with_listener(b"", lambda client: None, "--timeout", "1", "--json")
         self.assertEqual(code, 7)
         self.assertIn("did not answer", error)
+        self.assertIn("did not answer", json.loads(output)["error"])
+        self.assertEqual(json.loads(output)["exitCode"], 7)
 
     def test_a_person_is_told_what_is_waited_for(self):
         with socket.socket() as server:
@@ -552,7 +562,7 @@ class WithoutDaemon(TarnTest):
         self.assertEqual((code, unasked), (130, []), shown)
 
     def test_something_else_listens(self):
-        code, error = self.with_listener(b"HTTP/1.1 400 Bad Request\r\n\r\n", lambda client: None)
+        code, error, _ = self.with_listener(b"HTTP/1.1 400 Bad Request\r\n\r\n", lambda client: None)
         self.assertEqual(code, 5)
         self.assertIn("does not keep to the protocol", error)
 

@@ -3,10 +3,12 @@
 
 TARN names the program.
 """
+import json
 import os
 import resource
 import socket
 import struct
+import subprocess
 import sys
 import threading
 import unittest
@@ -28,7 +30,7 @@ VERSION = reply("ST", 0, ("v ", "7.6.1"), ("bn", struct.pack(">i", 7)))
 
 
 class HostileDaemon:
-    """Answers each request with the next of the replies for its command."""
+    """Answers each request with the next of the replies for its command, or with what a function returns."""
 
     def __init__(self, **replies):
         self.replies = {"ST": [VERSION]} | {code: list(many) for code, many in replies.items()}
@@ -51,10 +53,24 @@ class HostileDaemon:
                 while (tag := stream.read(2)) != b"\xce\xde":
                     stream.read(struct.unpack(">i", stream.read(4))[0])
                 stream.read(4)
+                answer = self.replies[head[2:].decode()].pop(0)
                 try:
-                    connection.sendall(self.replies[head[2:].decode()].pop(0))
+                    connection.sendall(answer() if callable(answer) else answer)
                 except OSError:
                     return  # the client has ended
+
+
+def memory_of(pid):
+    """What a process can write to."""
+    content = b""
+    with open(f"/proc/{pid}/maps") as maps, open(f"/proc/{pid}/mem", "rb", buffering=0) as memory:
+        for line in maps:
+            addresses, rights = line.split()[:2]
+            start, end = (int(address, 16) for address in addresses.split("-"))
+            if rights.startswith("rw") and end - start < 1 << 30:  # not the room that is kept for texts
+                memory.seek(start)
+                content += memory.read(end - start)
+    return content
 
 
 class AgainstAHostileDaemon(TarnTest):
@@ -85,16 +101,36 @@ class AgainstAHostileDaemon(TarnTest):
                 "BE": [reply("BE", 0, ("en", "e"), ("tb", "t"), ("th", large), ("an", "a"))]},
         }
         for arguments, replies in answers.items():
-            _, error = self.ask(*arguments, code=6, replies=replies, preexec_fn=little_address_space)
+            output, error = self.ask(*arguments, "--json", code=6, replies=replies, preexec_fn=little_address_space)
             self.assertIn("larger than tarn has room for", error)
+            self.assertEqual(json.loads(output)["exitCode"], 6)
         # With address space to spare, the same replies are read.
         for arguments, replies in answers.items():
             self.assertIn(large, self.ask(*arguments, "--json", replies=replies)[0])
 
     def test_an_oversized_log_is_explained(self):
-        _, error = self.ask("verify", ALICE, code=6, replies={"VC": [reply("VC", 1, ("em", "x" * 40000))]})
+        output, error = self.ask("verify", ALICE, "--json", code=6,
+                                 replies={"VC": [reply("VC", 1, ("em", "x" * 40000))]})
         self.assertIn("operation log", error)
+        self.assertIn("operation log", json.loads(output)["error"])
         self.assertIn("too much for one", self.ask("sent", ALICE, "--sort", "x" * 40000, code=2, replies={})[1])
+
+    def test_what_is_read_with_a_password_does_not_stay_in_memory(self):
+        password, unused = "fruitbat-" * 20, "pangolin-" * 20
+        self.file("password", f"{password}\n{unused}\n")
+        found = []
+
+        def look_and_answer():
+            memory = memory_of(client.pid)
+            found.extend(text.encode() in memory for text in (password, unused, unused[9:50]))
+            return reply("LS", 2)
+
+        for source in ("password", "-"):
+            with HostileDaemon(LS=[look_and_answer]), (self.folder / "password").open() as standard_input:
+                client = subprocess.Popen([os.environ["TARN"], "login", ALICE, "--password-file", source],
+                                          cwd=self.folder, stdin=standard_input, stderr=subprocess.DEVNULL)
+                self.assertEqual(client.wait(TIME_LIMIT), 1)
+        self.assertEqual(found, [True, False, False] * 2)
 
     def test_an_answer_that_looks_like_a_failure_is_an_answer(self):
         forged = "no\n[TarnRemoteClient:9] Unexpected exception occured. GetLastError() : 104"

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct DecryptOptions
+struct DecryptOptions : AccessOptions
 {
     std::string envelope;
     std::string out;
@@ -23,8 +23,6 @@ struct DecryptOptions
     std::string sessionKeyFile;
     bool keepOpen = false;
     std::string saveConfig;
-    std::string config;
-    std::string passwordFile;
 };
 
 // A folder that is made when it is missing, and removed again when nothing came to be in it.
@@ -60,21 +58,19 @@ private:
     bool made_ = false;
 };
 
-std::string sessionKey(const DecryptOptions& options)
+Decryption openEnvelope(Client& client, const DecryptOptions& options)
 {
-    if (!options.sessionKeyFile.empty()) {
-        return readLines(options.sessionKeyFile).front();
-    }
-    return host::environment("TARN_SESSION_KEY").value_or("");
-}
-
-std::string passwordFor(const DecryptOptions& options, const std::string& key)
-{
+    const auto variable = [](const char* name) { return host::environment(name).value_or(Secret()); };
+    const DecryptRequest request{.envelope = readTextFile(options.envelope),
+                                 .recipient = options.recipient,
+                                 .sessionKey = options.sessionKeyFile.empty()
+                                                   ? variable("TARN_SESSION_KEY")
+                                                   : secretLines(options.sessionKeyFile).front(),
+                                 .keepOpen = options.keepOpen};
     // With a session key a password may be given, but is not asked for.
-    if (key.empty() || !options.passwordFile.empty()) {
-        return password(options.passwordFile, options.recipient);
-    }
-    return host::environment("TARN_PASSWORD").value_or("");
+    const bool asks = request.sessionKey.empty() || !options.passwordFile.empty();
+    return client.decrypt(request, asks ? options.access(options.recipient)
+                                        : Access{variable("TARN_PASSWORD"), options.configFile()});
 }
 
 struct Written
@@ -116,10 +112,7 @@ void decrypt(Context& context, const DecryptOptions& options)
     if (options.out == "-") {
         throw Failure(Exit::usage, "an envelope can hold several files: --out is a folder");
     }
-    const DecryptRequest request{readTextFile(options.envelope), options.recipient, sessionKey(options),
-                                 options.keepOpen};
-    const Decryption decryption =
-        context.client.decrypt(request, {passwordFor(options, request.sessionKey), absolutePath(options.config)});
+    const Decryption decryption = openEnvelope(context.client, options);
     const Written written = writeItems(context.client, options, decryption.encodedConfig);
     std::string text = "From " + printable(decryption.from) + "\n" + written.table.text();
     if (!decryption.key.empty()) {
@@ -130,22 +123,20 @@ void decrypt(Context& context, const DecryptOptions& options)
 
 } // namespace
 
-void addDecryptCommand(CLI::App& app, Context& context)
+void addDecryptCommand(Parser& program, Context& context)
 {
-    const auto options = std::make_shared<DecryptOptions>();
-    auto* command = app.add_subcommand("decrypt", "Open an envelope and write what it holds into a folder");
-    command->add_option("ENVELOPE", options->envelope, "File with the envelope; - is standard input")->required();
-    command->add_option("--out", options->out, "The folder, made when missing")->required();
-    command->add_flag("--force", options->overwrite, "Overwrite existing files");
-    command->add_option("--recipient", options->recipient, "The address that the envelope is opened for");
-    command->add_option("--session-key-file", options->sessionKeyFile,
-                        "File whose first line is a session key; without it TARN_SESSION_KEY");
-    command->add_flag("--keep-open", options->keepOpen, "Ask the daemon to keep the envelope open");
-    command->add_option("--save-config", options->saveConfig,
-                        "File for the envelope's configuration, for encrypt --envelope-config");
-    addConfigOption(command, options->config);
-    addPasswordOption(command, options->passwordFile);
-    onRun(command, context, options, decrypt);
+    auto [parser, options] =
+        addCommand(program, context, "decrypt", "Open an envelope and write what it holds into a folder", decrypt);
+    parser.envelope(options.envelope);
+    parser.text("--out", "FOLDER", options.out, "The folder, made when missing", Needed::yes);
+    parser.flag("--force", options.overwrite, "Overwrite existing files");
+    parser.text("--recipient", "ADDRESS", options.recipient, "The address that the envelope is opened for");
+    parser.text("--session-key-file", "FILE", options.sessionKeyFile,
+                "File whose first line is a session key; without it TARN_SESSION_KEY");
+    parser.flag("--keep-open", options.keepOpen, "Ask the daemon to keep the envelope open");
+    parser.text("--save-config", "FILE", options.saveConfig,
+                "File for the envelope's configuration, for encrypt --envelope-config");
+    parser.access(options);
 }
 
 } // namespace tarn

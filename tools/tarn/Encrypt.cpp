@@ -4,22 +4,19 @@
 #include "Secrets.h"
 #include "Text.h"
 #include <list>
-#include <vector>
 
 namespace tarn {
 
 namespace {
 
-struct EncryptOptions
+struct EncryptOptions : AccessOptions
 {
     std::string message;
     std::string from;
     std::vector<std::string> to, cc, bcc;
     std::string out, textOut, htmlOut;
     bool overwrite = false;
-    std::string config;
     std::string envelopeConfig;
-    std::string passwordFile;
     bool noLogin = false;
 };
 
@@ -34,10 +31,10 @@ std::string encodedConfig(const std::string& option)
     if (option.empty() || isEncodedConfig(option)) {
         return option;
     }
-    const std::string text = readLines(option).front();
+    const std::string text(std::string_view(secretLines(option).front()));
     if (!isEncodedConfig(text)) {
         throw Failure(Exit::usage,
-                      option + " holds no envelope configuration as \"tarn decrypt --save-config\" saves it");
+                      option + " holds no envelope configuration such as \"tarn decrypt --save-config\" saves");
     }
     return text;
 }
@@ -63,15 +60,20 @@ void encrypt(Context& context, const EncryptOptions& options)
     if (options.to.empty() && options.cc.empty() && options.bcc.empty()) {
         throw Failure(Exit::usage, "a message needs a recipient: --to, --cc or --bcc");
     }
-    for (const auto* file : {&options.out, &options.textOut, &options.htmlOut}) {
+    const std::string out = options.out == "-" ? "" : options.out;
+    for (const auto* file : {&out, &options.textOut, &options.htmlOut}) {
         refuseExisting(toPath(*file), options.overwrite);
     }
-    EncryptRequest request{options.from,           addresses(options.to),         addresses(options.cc),
-                           addresses(options.bcc), readTextFile(options.message), encodedConfig(options.envelopeConfig),
-                           !options.noLogin};
+    const EncryptRequest request{.from = options.from,
+                                 .to = options.to,
+                                 .cc = options.cc,
+                                 .bcc = options.bcc,
+                                 .message = readTextFile(options.message),
+                                 .encodedConfig = encodedConfig(options.envelopeConfig),
+                                 .login = !options.noLogin};
     const bool logsIn = request.login && request.encodedConfig.empty();
-    const Access access{logsIn ? password(options.passwordFile, options.from) : "", absolutePath(options.config)};
-    const Envelope envelope = encryptOrExplain(context.client, request, access);
+    const Envelope envelope = encryptOrExplain(
+        context.client, request, logsIn ? options.access(options.from) : Access{.configFile = options.configFile()});
 
     nlohmann::json object{{"attachmentName", envelope.attachmentName}};
     std::string text;
@@ -87,11 +89,11 @@ void encrypt(Context& context, const EncryptOptions& options)
     };
     give(options.textOut, envelope.textBody, "textBody", "Text body");
     give(options.htmlOut, envelope.htmlBody, "htmlBody", "HTML body");
-    give(options.out, envelope.envelope, "envelope", "Envelope");
+    give(out, envelope.envelope, "envelope", "Envelope");
     for (auto& file : files) {
         file.commit();
     }
-    if (options.out.empty()) {
+    if (out.empty()) {
         context.output.document(envelope.envelope, object);
     } else {
         context.output.result(text, object);
@@ -100,32 +102,23 @@ void encrypt(Context& context, const EncryptOptions& options)
 
 } // namespace
 
-void addEncryptCommand(CLI::App& app, Context& context)
+void addEncryptCommand(Parser& program, Context& context)
 {
-    const auto options = std::make_shared<EncryptOptions>();
-    auto* command = app.add_subcommand("encrypt", "Turn a mail message into an encrypted envelope");
-    command->add_option("MESSAGE", options->message, "File with the whole MIME message; - is standard input")
-        ->required();
-    command->add_option("--from", options->from, "The sender's address")->required();
-    // One address an option, so that MESSAGE may follow it.
-    command->add_option("--to", options->to, "A recipient; may be repeated")->allow_extra_args(false);
-    command->add_option("--cc", options->cc, "A recipient of a copy; may be repeated")->allow_extra_args(false);
-    command->add_option("--bcc", options->bcc, "A hidden recipient; may be repeated")->allow_extra_args(false);
-    command->add_option("--out", options->out, "File for the envelope (default, and -: standard output)");
-    command->add_option("--text", options->textOut, "File for the text body that goes with the envelope");
-    command->add_option("--html", options->htmlOut, "File for the HTML body that goes with the envelope");
-    command->add_flag("--force", options->overwrite, "Overwrite existing files");
-    addConfigOption(command, options->config);
-    command->add_option("--envelope-config", options->envelopeConfig,
-                        "Envelope configuration, or a file with it, as decrypt --save-config saves it; no login then");
-    command->add_flag("--no-login", options->noLogin, "Do not log the sender in first");
-    addPasswordOption(command, options->passwordFile);
-    command->callback([&context, options] {
-        if (options->out == "-") {
-            options->out.clear();
-        }
-        context.action = [&context, options] { encrypt(context, *options); };
-    });
+    auto [parser, options] =
+        addCommand(program, context, "encrypt", "Turn a mail message into an encrypted envelope", encrypt);
+    parser.argument("MESSAGE", options.message, "File with the whole MIME message; - is standard input");
+    parser.text("--from", "ADDRESS", options.from, "The sender", Needed::yes);
+    parser.addresses("--to", options.to, "A recipient");
+    parser.addresses("--cc", options.cc, "A recipient of a copy");
+    parser.addresses("--bcc", options.bcc, "A hidden recipient");
+    parser.text("--out", "FILE", options.out, "File for the envelope (default, and -: standard output)");
+    parser.text("--text", "FILE", options.textOut, "File for the text body that goes with the envelope");
+    parser.text("--html", "FILE", options.htmlOut, "File for the HTML body that goes with the envelope");
+    parser.flag("--force", options.overwrite, "Overwrite existing files");
+    parser.text("--envelope-config", "FILE", options.envelopeConfig,
+                "Envelope configuration that decrypt --save-config saved, or a file with it; no login then");
+    parser.flag("--no-login", options.noLogin, "Do not log the sender in first");
+    parser.access(options);
 }
 
 } // namespace tarn

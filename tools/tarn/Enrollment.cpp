@@ -29,7 +29,7 @@ std::string wording(const std::string& question, const std::vector<KeyValue>& ch
         }
     }
     if (!editable) {
-        throw Failure(Exit::usage, "\"" + question + "\" is none of the security questions to choose from");
+        throw Failure(Exit::usage, "\"" + question + "\" is not one of the security questions to choose from");
     }
     return question;
 }
@@ -48,7 +48,10 @@ std::string chooseQuestion(int number, const std::vector<KeyValue>& choices, boo
 void fillInQuestions(Enrollment& form, const EnrollOptions& options, const EnrollParameters& parameters)
 {
     const auto& choices = parameters.questions;
-    const auto answers = options.answersFile.empty() ? std::vector<std::string>() : readLines(options.answersFile);
+    const auto answers = options.answersFile.empty() ? std::vector<Secret>() : secretLines(options.answersFile);
+    if (options.questions.size() > mostQuestions) {
+        throw Failure(Exit::usage, "an enrollment can hold three security questions");
+    }
     if (parameters.questionCount > mostQuestions) {
         throw Failure(Exit::refused, "the key server wants " + std::to_string(parameters.questionCount) +
                                          " security questions, and an enrollment can hold three");
@@ -59,9 +62,10 @@ void fillInQuestions(Enrollment& form, const EnrollOptions& options, const Enrol
         form.questions[i] = index < options.questions.size()
                                 ? wording(options.questions[index], choices, parameters.questionsEditable)
                                 : chooseQuestion(i, choices, parameters.questionsEditable);
-        form.answers[i] = index < answers.size() ? answers[index]
-                                                 : secret({"", "--answers-file", "TARN_ANSWER_" + std::to_string(i + 1),
-                                                           "Answer to \"" + printable(form.questions[i]) + "\""});
+        form.answers[i] = index < answers.size()
+                              ? answers[index]
+                              : readSecret({"", "--answers-file", "TARN_ANSWER_" + std::to_string(i + 1),
+                                            "Answer to \"" + printable(form.questions[i]) + "\""});
     }
 }
 
@@ -76,23 +80,23 @@ int stageIn(const std::vector<KeyValue>& result)
 }
 
 // The form goes out first; where the daemon then wants the enrollment confirmed, its answer names that stage.
-std::vector<KeyValue> runStages(Context& context, Enrollment form)
+std::vector<KeyValue> runStages(Client& client, Enrollment& form)
 {
     constexpr int confirmation = 1;
     form.stage = 0;
-    auto result = context.client.enroll(form);
+    auto result = client.enroll(form);
     if (stageIn(result) != confirmation) {
         return result;
     }
     form.stage = confirmation;
-    return context.client.enroll(form);
+    return client.enroll(form);
 }
 
-void enroll(Context& context, const EnrollOptions& options)
+std::vector<KeyValue> fillInAndSend(Client& client, const EnrollOptions& options)
 {
     Enrollment form = options.form;
     form.keyServer = askUnlessGiven(form.keyServer, "--key-server", "Address (URL) of the key server");
-    const EnrollParameters parameters = context.client.enrollParameters(form.address, form.keyServer, form.locale);
+    const EnrollParameters parameters = client.enrollParameters(form.address, form.keyServer, form.locale);
     if (parameters.samlUser) {
         Output::note(form.address + " signs on at its own organisation (single sign-on)");
     }
@@ -100,53 +104,51 @@ void enroll(Context& context, const EnrollOptions& options)
     form.sender = askUnlessGiven(form.sender, "--sender", "Address of the message's sender");
     form.firstName = askUnlessGiven(form.firstName, "--first-name", "First name");
     form.lastName = askUnlessGiven(form.lastName, "--last-name", "Last name");
-    form.password = secret({options.passwordFile, "--password-file", "TARN_PASSWORD", "New password", true});
-    form.passPhrase = secret({options.passPhraseFile, "--pass-phrase-file", "TARN_PASS_PHRASE",
-                              "Personal pass phrase (empty for none)", false, true});
+    form.password = readSecret({options.passwordFile, "--password-file", "TARN_PASSWORD", "New password", true});
+    form.passPhrase = readSecret({options.passPhraseFile, "--pass-phrase-file", "TARN_PASS_PHRASE",
+                                  "Personal pass phrase (empty for none)", false, true});
     if (!form.simple) {
         fillInQuestions(form, options, parameters);
     }
-    const auto result = runStages(context, form);
+    return runStages(client, form);
+}
 
+void enroll(Context& context, const EnrollOptions& options)
+{
+    const auto result = fillInAndSend(context.client, options);
     nlohmann::json answers = nlohmann::json::object();
-    std::string text = printable(form.address) + " is enrolled.\n";
+    std::string text = printable(options.form.address) + " is enrolled.\n";
     for (const auto& [key, value] : result) {
         answers[key] = value;
         text += printable(key + ": " + value) + "\n";
     }
-    context.output.result(text, {{"address", form.address}, {"result", answers}});
+    context.output.result(text, {{"address", options.form.address}, {"result", answers}});
 }
 
 } // namespace
 
-void addEnrollCommand(CLI::App& app, Context& context)
+void addEnrollCommand(Parser& program, Context& context)
 {
-    const auto options = std::make_shared<EnrollOptions>();
-    auto& form = options->form;
+    auto [parser, options] =
+        addCommand(program, context, "enroll", "Enroll a new recipient; asks for what no option gives", enroll);
+    auto& form = options.form;
     form.timeZone = localTimeZone();
-    auto* command = app.add_subcommand("enroll", "Enroll a new recipient; asks for what no option gives");
-    command->add_option("ADDRESS", form.address, "The address to enroll")->required();
-    command->add_option("--key-server", form.keyServer, "Address (URL) of the key server");
-    command->add_option("--enroll-id", form.enrollId, "The enrollment id that \"tarn status\" tells");
-    command->add_option("--sender", form.sender, "Address of the sender of the waiting message");
-    command->add_option("--first-name", form.firstName);
-    command->add_option("--last-name", form.lastName);
-    command->add_option("--locale", form.locale, "Such as de");
-    command->add_option("--time-zone", form.timeZone, "Minutes east of UTC")
-        ->capture_default_str()
-        ->check(CLI::Range(-720, 840));
-    command->add_option("--time-format", form.timeFormat, "Noted in the operation log only");
-    command->add_flag("--simple", form.simple, "A registration without security questions");
-    command->add_option("--question", options->questions, "A security question or its id; may be repeated")
-        ->allow_extra_args(false)
-        ->expected(1, mostQuestions);
-    addPasswordOption(command, options->passwordFile);
-    command->add_option(
-        "--pass-phrase-file", options->passPhraseFile,
-        "File whose first line is the pass phrase; without it TARN_PASS_PHRASE, a hidden prompt or none");
-    command->add_option("--answers-file", options->answersFile,
-                        "File with an answer a line; without it TARN_ANSWER_1 to _3 or hidden prompts");
-    onRun(command, context, options, enroll);
+    parser.argument("ADDRESS", form.address, "The address to enroll");
+    parser.text("--key-server", "URL", form.keyServer, "Address of the key server");
+    parser.text("--enroll-id", "ID", form.enrollId, "The enrollment id that \"tarn status\" tells");
+    parser.text("--sender", "ADDRESS", form.sender, "Sender of the waiting message");
+    parser.text("--first-name", "NAME", form.firstName, "First name");
+    parser.text("--last-name", "NAME", form.lastName, "Last name");
+    parser.text("--locale", "LOCALE", form.locale, "Such as de");
+    parser.number("--time-zone", "MINUTES", form.timeZone, -720, 840, "Minutes east of UTC (default: as here and now)");
+    parser.text("--time-format", "TEXT", form.timeFormat, "Noted in the operation log only");
+    parser.flag("--simple", form.simple, "A registration without security questions");
+    parser.texts("--question", "TEXT", options.questions, "A security question or its id");
+    parser.passwordFile(options.passwordFile);
+    parser.text("--pass-phrase-file", "FILE", options.passPhraseFile,
+                "File whose first line is the pass phrase; without it TARN_PASS_PHRASE, a hidden prompt or none");
+    parser.text("--answers-file", "FILE", options.answersFile,
+                "File with one answer per line; without it TARN_ANSWER_1 to _3 or hidden prompts");
 }
 
 } // namespace tarn

@@ -2,12 +2,11 @@
 
 #include "Failure.h"
 #include "Host.h"
-#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <random>
 
 namespace tarn {
@@ -16,12 +15,50 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t chunkSize = 1 << 20;
+constexpr std::size_t chunkSize = 1 << 18;
 const char* const stagedName = "data";
 
 Failure fileFailure(const std::string& name, const std::string& what, int error)
 {
     return {Exit::file, name + " " + what + ": " + (error ? std::strerror(error) : "unknown reason")};
+}
+
+template <class Bytes>
+Bytes readAll(std::istream& input, const std::string& name)
+{
+    Bytes content;
+    while (input) {
+        const std::size_t size = content.size();
+        content.resize(size + chunkSize);
+        input.read(content.data() + size, chunkSize);
+        content.resize(size + static_cast<std::size_t>(input.gcount()));
+    }
+    if (input.bad()) {
+        throw fileFailure(name, "cannot be read", errno);
+    }
+    return content;
+}
+
+// The streams have no buffers of their own, in which a secret would stay.
+template <class Bytes>
+Bytes readFile(const std::string& name)
+{
+    errno = 0;
+    if (name == "-") {
+        std::setvbuf(stdin, nullptr, _IONBF, 0);
+        return readAll<Bytes>(std::cin, "standard input");
+    }
+    std::error_code error;
+    if (fs::is_directory(toPath(name), error)) {
+        throw Failure(Exit::file, name + " cannot be read: it is a folder");
+    }
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(toPath(name), std::ios::binary);
+    if (!file) {
+        throw fileFailure(name, "cannot be read", errno);
+    }
+    return readAll<Bytes>(file, name);
 }
 
 fs::path makeStagingFolder(const fs::path& target)
@@ -60,40 +97,19 @@ std::string absolutePath(const std::string& utf8)
     return utf8.empty() ? utf8 : toText(fs::absolute(toPath(utf8)));
 }
 
-std::string readFile(const std::string& name)
-{
-    std::string content;
-    errno = 0;
-    if (name == "-") {
-        content.assign(std::istreambuf_iterator<char>(std::cin), {});
-        if (std::cin.bad()) {
-            throw fileFailure("standard input", "cannot be read", errno);
-        }
-        return content;
-    }
-    std::error_code error;
-    if (fs::is_directory(toPath(name), error)) {
-        throw Failure(Exit::file, name + " cannot be read: it is a folder");
-    }
-    std::ifstream file(toPath(name), std::ios::binary);
-    if (!file) {
-        throw fileFailure(name, "cannot be read", errno);
-    }
-    content.assign(std::istreambuf_iterator<char>(file), {});
-    if (file.bad()) {
-        throw fileFailure(name, "cannot be read", errno);
-    }
-    return content;
-}
-
 std::string readTextFile(const std::string& name)
 {
-    std::string content = readFile(name);
+    auto content = readFile<std::string>(name);
     refuseUnfitText(name, content);
     return content;
 }
 
-void refuseUnfitText(const std::string& name, const std::string& content)
+ClearedVector<char> readConfidentialFile(const std::string& name)
+{
+    return readFile<ClearedVector<char>>(name);
+}
+
+void refuseUnfitText(const std::string& name, std::string_view content)
 {
     const std::string source = name == "-" ? "standard input" : name;
     if (content.empty()) {
@@ -101,7 +117,7 @@ void refuseUnfitText(const std::string& name, const std::string& content)
     }
     if (const auto zero = content.find('\0'); zero != content.npos) {
         throw Failure(Exit::usage, source + " holds a zero byte (at offset " + std::to_string(zero) +
-                                       "): it is no mail text. Is it in UTF-16, or a raw attachment?");
+                                       "), which no mail message has. Is it in UTF-16, or an attachment by itself?");
     }
 }
 

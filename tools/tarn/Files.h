@@ -1,10 +1,11 @@
 #pragma once
 
-#include "Interrupt.h"
+#include "ProcessEnd.h"
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tarn/Secret.h>
 
 namespace tarn {
 
@@ -17,14 +18,14 @@ std::string absolutePath(const std::string& utf8);
 // Lets nobody but the owner into a folder, or at a file.
 void makePrivate(const std::filesystem::path& path);
 
-// A whole file, or standard input for "-".
-std::string readFile(const std::string& name);
-
-// The same for what the library takes as a zero-terminated text: an empty file and one with zero bytes are refused.
+// A whole file, or standard input for "-". It is meant for the library, which takes it as a zero-terminated text.
 std::string readTextFile(const std::string& name);
 
-// Refuses a text that the library would cut, or that is empty.
-void refuseUnfitText(const std::string& name, const std::string& content);
+// The same, leaving no copy of it in other memory. What it holds is not looked at.
+ClearedVector<char> readConfidentialFile(const std::string& name);
+
+// Refuses an empty text and one that the library would cut at a zero byte. The name is that of the text's file.
+void refuseUnfitText(const std::string& name, std::string_view content);
 
 // Fails when the target exists and may not be overwritten, so that a command can tell before it calls the daemon.
 void refuseExisting(const std::filesystem::path& target, bool overwrite);

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <system_error>
+#include <tarn/Secret.h>
 #include <vector>
 
 // What differs between the systems. host/posix and host/windows define it.
@@ -17,13 +18,13 @@ void prepare();
 // The program's arguments in UTF-8, without its name.
 std::vector<std::string> arguments(int argc, char** argv);
 
-// The value of an environment variable in UTF-8.
-std::optional<std::string> environment(const char* name);
+// The value of an environment variable, in UTF-8.
+std::optional<Secret> environment(const std::string& name);
 
 // A UTF-8 text in the encoding of the system's 8-bit calls.
 std::string systemText(const std::string& utf8);
 
-// A name in which letters that some file system takes for equal are equal.
+// A name in which letters that some file system treats as equal are equal.
 std::string foldCase(const std::string& utf8);
 
 // Moves a file to a name that is free; fails with errc::file_exists when it is not.
@@ -32,14 +33,13 @@ std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::
 // Whether a program listens on a port of the loopback interface. The connection is closed at once.
 bool listensOn(std::uint16_t port);
 
-// Whether a person sees standard error, or standard output.
-bool showsErrors();
-bool showsOutput();
+enum class Stream { output = 1, error = 2 };
+bool isTerminal(Stream stream);
 
 // Asks at the terminal itself, so standard input may be redirected. Nothing when there is no terminal, or at its end
 // of input. What is typed to a hidden question is not shown.
 enum class Echo { shown, hidden };
-std::optional<std::string> ask(const std::string& question, Echo echo);
+std::optional<Secret> ask(const std::string& question, Echo echo);
 
 // The signals that ask the program to end.
 std::span<const int> endingSignals();
@@ -51,6 +51,6 @@ void watchFaults(void (*onFault)(const void* address), void (*onAbort)());
 // These are safe in a signal handler. The first gives the terminal back what was changed of it: the echo while a hidden
 // question is open, and a console's encoding.
 void restoreTerminal();
-void writeError(const char* text);
+void write(Stream stream, const char* text);
 
 } // namespace tarn::host

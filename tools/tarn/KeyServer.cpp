@@ -1,22 +1,19 @@
 #include "Command.h"
 #include "Failure.h"
-#include "Files.h"
-#include "Text.h"
 
 namespace tarn {
 
 namespace {
 
-struct KeyServerOptions
+struct BodyOptions : ConfigOptions
 {
-    std::string config;
-    std::string locale;
+    std::string locale = "en";
     bool html = false;
 };
 
-void features(Context& context, const KeyServerOptions& options)
+void features(Context& context, const ConfigOptions& options)
 {
-    const KeyServerFeatures found = context.client.features(absolutePath(options.config));
+    const KeyServerFeatures found = context.client.features(options.configFile());
     const auto word = [](bool on) { return on ? "yes" : "no"; };
     Table table({"FEATURE", "SUPPORTED"});
     table.add({"tells when a message was read", word(found.readByEnabled)});
@@ -27,20 +24,20 @@ void features(Context& context, const KeyServerOptions& options)
                                          {"localizedTextEnabled", found.localizedTextEnabled}});
 }
 
-void locales(Context& context, const KeyServerOptions& options)
+void locales(Context& context, const ConfigOptions& options)
 {
     Table table({"LOCALE", "NAME"});
     nlohmann::json names = nlohmann::json::object();
-    for (const auto& [locale, name] : context.client.locales(absolutePath(options.config))) {
+    for (const auto& [locale, name] : context.client.locales(options.configFile())) {
         table.add({locale, name});
         names[locale] = name;
     }
     context.output.result(table.text(), {{"locales", names}});
 }
 
-void body(Context& context, const KeyServerOptions& options)
+void body(Context& context, const BodyOptions& options)
 {
-    const MessageBody found = context.client.messageBody(options.locale, absolutePath(options.config));
+    const MessageBody found = context.client.messageBody(options.locale, options.configFile());
     if (found.text.empty() && found.html.empty()) {
         throw Failure(Exit::refused, "the key server has no texts in the locale \"" + options.locale + "\"");
     }
@@ -53,23 +50,21 @@ void body(Context& context, const KeyServerOptions& options)
 
 } // namespace
 
-void addKeyServerCommands(CLI::App& app, Context& context)
+void addKeyServerCommands(Parser& program, Context& context)
 {
-    const auto options = std::make_shared<KeyServerOptions>();
-    options->locale = "en";
-    auto* featuresCommand = app.add_subcommand("features", "Ask what the key server can do (its whole table: --log)");
-    addConfigOption(featuresCommand, options->config);
-    onRun(featuresCommand, context, options, features);
+    auto [featuresParser, featuresOptions] =
+        addCommand(program, context, "features", "List what the key server supports", features);
+    featuresParser.config(featuresOptions);
 
-    auto* localesCommand = app.add_subcommand("locales", "List the locales that the key server has texts in");
-    addConfigOption(localesCommand, options->config);
-    onRun(localesCommand, context, options, locales);
+    auto [localesParser, localesOptions] =
+        addCommand(program, context, "locales", "List the locales that the key server has texts in", locales);
+    localesParser.config(localesOptions);
 
-    auto* bodyCommand = app.add_subcommand("body", "Print the text that stands around an envelope");
-    bodyCommand->add_option("--locale", options->locale, "Such as de")->capture_default_str();
-    bodyCommand->add_flag("--html", options->html, "Print the HTML text instead of the plain one");
-    addConfigOption(bodyCommand, options->config);
-    onRun(bodyCommand, context, options, body);
+    auto [parser, options] =
+        addCommand(program, context, "body", "Print the message text that goes with an envelope", body);
+    parser.text("--locale", "LOCALE", options.locale, "Such as de");
+    parser.flag("--html", options.html, "Print the HTML text instead of the plain one");
+    parser.config(options);
 }
 
 } // namespace tarn

@@ -11,17 +11,17 @@ namespace tarn {
 
 namespace {
 
+struct NoOptions
+{
+};
+
 struct StartOptions
 {
     std::string jar;
     unsigned waitSeconds = 0;
 };
 
-struct NoOptions
-{
-};
-
-void version(Context& context)
+void version(Context& context, const NoOptions&)
 {
     const std::string daemonVersion = context.client.version();
     context.output.result("daemon " + printable(daemonVersion) + "\ntarn   " TARN_VERSION "\n",
@@ -58,11 +58,11 @@ void start(Context& context, const StartOptions& options)
 {
     std::error_code error;
     if (!std::filesystem::is_regular_file(toPath(options.jar), error)) {
-        throw Failure(Exit::file, options.jar + " is no file");
+        throw Failure(Exit::file, options.jar + " is not a file");
     }
     const std::string jar = absolutePath(options.jar);
     if (jar.find(' ') != std::string::npos) {
-        Output::note("the path of the jar file holds a blank: Java gets it in pieces and will not find the file");
+        Output::note("the path of the jar file contains a space: Java gets it in pieces and will not find the file");
     }
     const int answer = launch(context.client, jar);
 
@@ -82,26 +82,16 @@ void stop(Context& context, const NoOptions&)
 
 } // namespace
 
-void addLifecycleCommands(CLI::App& app, Context& context)
+void addLifecycleCommands(Parser& program, Context& context)
 {
-    auto* versionCommand = app.add_subcommand("version", "Ask the daemon for its version");
-    versionCommand->callback([&context] {
-        context.needsDaemon = false; // this is the question that finds out
-        context.action = [&context] { version(context); };
-    });
+    // This command is the question that finds out whether there is a daemon.
+    addCommand(program, context, "version", "Ask the daemon for its version", version, false);
 
-    const auto startOptions = std::make_shared<StartOptions>();
-    auto* startCommand = app.add_subcommand("start", "Launch the daemon");
-    startCommand->add_option("JAR", startOptions->jar, "The daemon's jar file")->required();
-    startCommand->add_option("--wait", startOptions->waitSeconds, "Seconds to wait until the daemon listens")
-        ->check(CLI::Range(0u, 3600u));
-    startCommand->callback([&context, startOptions] {
-        context.needsDaemon = false;
-        context.action = [&context, startOptions] { start(context, *startOptions); };
-    });
+    auto [parser, options] = addCommand(program, context, "start", "Launch the daemon", start, false);
+    parser.argument("JAR", options.jar, "The daemon's jar file");
+    parser.number("--wait", "SECONDS", options.waitSeconds, 0u, 3600u, "Seconds to wait until the daemon listens");
 
-    auto* stopCommand = app.add_subcommand("stop", "Ask the daemon to stop");
-    onRun(stopCommand, context, std::make_shared<NoOptions>(), stop);
+    addCommand(program, context, "stop", "Ask the daemon to stop", stop);
 }
 
 } // namespace tarn

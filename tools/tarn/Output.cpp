@@ -1,6 +1,7 @@
 #include "Output.h"
 
 #include "Host.h"
+#include "ProcessEnd.h"
 #include "Text.h"
 #include <algorithm>
 #include <cerrno>
@@ -14,11 +15,20 @@ namespace {
 // Every object has these four members. Other characters than ASCII's are escaped, so that none controls a terminal.
 void print(Exit code, nlohmann::json object)
 {
-    object["exitCode"] = static_cast<int>(code);
+    // A signal that came while files were being finished ends the process once they are.
+    const int signal = notedInterrupt();
+    object["exitCode"] = signal != 0 ? 128 + signal : static_cast<int>(code);
     object["status"] = object.value("status", code == Exit::success ? nlohmann::json(0) : nlohmann::json());
-    object["error"] = object.value("error", nlohmann::json());
+    object["error"] = object.value("error", signal != 0 ? nlohmann::json("ended by a signal") : nlohmann::json());
     object["message"] = object.value("message", nlohmann::json());
-    Output::raw(object.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + "\n");
+    const std::string text = object.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + "\n";
+    reportEndAsJson(false);
+    Output::raw(text);
+}
+
+std::size_t width(const std::string& cell)
+{
+    return toCharacters(cell).size();
 }
 
 } // namespace
@@ -41,14 +51,14 @@ std::string Table::text() const
     std::vector<std::size_t> widths(rows_.front().size());
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], characterCount(row[i]));
+            widths[i] = std::max(widths[i], width(row[i]));
         }
     }
     std::string text;
     for (const auto& row : rows_) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            line += row[i] + std::string(widths[i] - characterCount(row[i]) + 2, ' ');
+            line += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         text += line + "\n";
@@ -67,7 +77,7 @@ void Output::result(const std::string& text, nlohmann::json object) const
 
 void Output::document(const std::string& text, nlohmann::json object) const
 {
-    if (asJson || host::showsOutput()) {
+    if (asJson || host::isTerminal(host::Stream::output)) {
         result(text, std::move(object));
     } else {
         raw(text);

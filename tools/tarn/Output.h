@@ -34,10 +34,10 @@ public:
     // The message of what ended the command; for scripts also as an object on standard output.
     void failure(const Failure& failure) const;
 
-    static void lines(const std::string& text);
-    static void note(const std::string& text);
-    static void log(const char* function, const std::string& text); // an operation log
     static void raw(const std::string& bytes);
+    static void lines(const std::string& text);
+    static void note(const std::string& text);                      // a line on standard error
+    static void log(const char* function, const std::string& text); // an operation log, on standard error
 };
 
 } // namespace tarn

@@ -3,7 +3,8 @@
 #include "Host.h"
 #include "Text.h"
 #include <algorithm>
-#include <array>
+#include <regex>
+#include <utf8.h>
 
 namespace tarn {
 
@@ -37,11 +38,12 @@ std::string withPlainCharacters(std::string_view name)
 {
     std::u32string characters = toCharacters(name);
     std::erase_if(characters, isInvisible);
-    const auto forbidden = [](char32_t character) {
-        return std::u32string_view(U"<>:\"|?*").find(character) != std::u32string_view::npos;
-    };
-    std::ranges::replace_if(characters, forbidden, U'_');
-    return toUtf8(characters);
+    for (auto& character : characters) {
+        if (std::u32string_view(U"<>:\"|?*").find(character) != std::u32string_view::npos) {
+            character = U'_';
+        }
+    }
+    return utf8::utf32to8(characters);
 }
 
 void trim(std::string& name)
@@ -50,21 +52,12 @@ void trim(std::string& name)
     name.erase(0, std::min(name.find_first_not_of(' '), name.size()));
 }
 
-bool isDeviceName(std::string_view name)
+// The digits of COM1 to LPT9 may also be the superscript ones.
+bool isDeviceName(const std::string& name)
 {
-    std::string base = lowerCase(name.substr(0, name.find('.')));
-    base.erase(base.find_last_not_of(' ') + 1);
-    static constexpr std::array devices{"con", "prn", "aux", "nul", "conin$", "conout$"};
-    if (std::find(devices.begin(), devices.end(), base) != devices.end()) {
-        return true;
-    }
-    // COM1 to LPT9; the digits may also be the superscript ones.
-    if (!base.starts_with("com") && !base.starts_with("lpt")) {
-        return false;
-    }
-    const auto digit = std::string_view(base).substr(3);
-    return (digit.size() == 1 && digit[0] >= '0' && digit[0] <= '9') || digit == "\u00B9" || digit == "\u00B2" ||
-           digit == "\u00B3";
+    static const std::regex device("(con|prn|aux|nul|conin\\$|conout\\$|(com|lpt)(\\d|\u00B9|\u00B2|\u00B3)) *(\\..*)?",
+                                   std::regex::icase);
+    return std::regex_match(name, device);
 }
 
 struct BaseAndExtension
@@ -122,10 +115,10 @@ std::string SafeFileNames::next(std::string_view itemName, std::string_view cont
     if (name[0] == '.' || name[0] == '-') {
         name[0] = '_';
     }
+    name = shortened(name);
     if (isDeviceName(name)) {
         name.insert(name.begin(), '_');
     }
-    name = shortened(name);
 
     std::string unique = name;
     const auto [base, extension] = splitExtension(name);

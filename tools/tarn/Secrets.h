@@ -1,7 +1,7 @@
 #pragma once
 
-#include <optional>
 #include <string>
+#include <tarn/Secret.h>
 #include <vector>
 
 namespace tarn {
@@ -18,13 +18,13 @@ struct SecretSource
     bool optional = false;  // an empty text where there is nobody to ask
 };
 
-std::string secret(const SecretSource& source);
+Secret readSecret(const SecretSource& source);
 
 // The password of an existing account.
-std::string password(const std::string& file, const std::string& user);
+Secret password(const std::string& file, const std::string& user);
 
-// The lines of a file, without their line ends.
-std::vector<std::string> readLines(const std::string& file);
+// The lines of a file with secrets, without their line ends. A byte order mark may say that it is in UTF-16.
+std::vector<Secret> secretLines(const std::string& file);
 
 // What is not secret: the given text or, when it is empty, the answer at the terminal.
 std::string askUnlessGiven(const std::string& given, const std::string& option, const std::string& question);

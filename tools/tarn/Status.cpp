@@ -8,11 +8,10 @@ namespace tarn {
 
 namespace {
 
-struct StatusOptions
+struct StatusOptions : ConfigOptions
 {
     std::string envelope;
     std::vector<std::string> recipients;
-    std::string config;
 };
 
 nlohmann::json sensitivityOf(int value)
@@ -45,8 +44,8 @@ std::string meaning(std::int32_t status, const std::string& text)
 // The recipients' statuses are the result that was asked for, not a failure of the question.
 void status(Context& context, const StatusOptions& options)
 {
-    const PayloadStatus found = context.client.payloadStatus(
-        readTextFile(options.envelope), absolutePath(options.config), addresses(options.recipients));
+    const PayloadStatus found =
+        context.client.payloadStatus(readTextFile(options.envelope), options.configFile(), options.recipients);
 
     Table table({"RECIPIENT", "STATUS", "MEANING"});
     nlohmann::json entries = nlohmann::json::array();
@@ -70,31 +69,24 @@ void status(Context& context, const StatusOptions& options)
     }
     object.update({{"status", found.lastStatus}, {"message", ""}});
     throw Failure(Exit::refused,
-                  statusText(found.lastStatus) + " is none that a recipient can be in; no further " +
+                  statusText(found.lastStatus) + " is not one that a recipient can have; no further " +
                       "recipients were asked for",
                   object);
 }
 
 } // namespace
 
-void addStatusCommands(CLI::App& app, Context& context)
+void addStatusCommands(Parser& program, Context& context)
 {
-    const auto recipientsOptions = std::make_shared<StatusOptions>();
-    auto* recipientsCommand = app.add_subcommand("recipients", "List the recipients of an envelope");
-    recipientsCommand
-        ->add_option("ENVELOPE", recipientsOptions->envelope, "File with the envelope; - is standard input")
-        ->required();
-    onRun(recipientsCommand, context, recipientsOptions, recipients);
+    auto [recipientsParser, recipientsOptions] =
+        addCommand(program, context, "recipients", "List the recipients of an envelope", recipients);
+    recipientsParser.envelope(recipientsOptions.envelope);
 
-    const auto statusOptions = std::make_shared<StatusOptions>();
-    auto* statusCommand = app.add_subcommand("status", "Tell what an envelope's recipients have to expect");
-    statusCommand->add_option("ENVELOPE", statusOptions->envelope, "File with the envelope; - is standard input")
-        ->required();
-    statusCommand->add_option("--recipient", statusOptions->recipients, "A recipient's address; may be repeated")
-        ->allow_extra_args(false)
-        ->required();
-    addConfigOption(statusCommand, statusOptions->config);
-    onRun(statusCommand, context, statusOptions, status);
+    auto [parser, options] =
+        addCommand(program, context, "status", "Tell what recipients of an envelope can expect", status);
+    parser.envelope(options.envelope);
+    parser.addresses("--recipient", options.recipients, "A recipient", Needed::yes);
+    parser.config(options);
 }
 
 } // namespace tarn

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <ctime>
 #include <date/date.h>
+#include <map>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -17,10 +18,10 @@ namespace {
 
 using namespace std::chrono;
 
-constexpr Milliseconds daysToMilliseconds = 24LL * 60 * 60 * 1000;
+constexpr Milliseconds dayLength = 24LL * 60 * 60 * 1000;
 // Calendar computations hold for the years 1 to 9999.
-constexpr Milliseconds earliest = -719162 * daysToMilliseconds;
-constexpr Milliseconds latest = 2932897 * daysToMilliseconds - 1;
+constexpr Milliseconds earliest = -719162 * dayLength;
+constexpr Milliseconds latest = 2932897 * dayLength - 1;
 
 Milliseconds now()
 {
@@ -48,55 +49,35 @@ std::optional<Milliseconds> fromLocal(date::local_seconds local)
 
 std::optional<Milliseconds> parseOffset(std::string_view text)
 {
+    static const std::map<std::string_view, Milliseconds> units{
+        {"m", 60'000}, {"h", 3'600'000}, {"d", dayLength}, {"w", 7 * dayLength}};
     Milliseconds count = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-    if (error != std::errc() || end + 1 != text.data() + text.size() || count < 0 || count > 1'000'000) {
+    const auto unit = units.find(text.substr(static_cast<std::size_t>(end - text.data())));
+    if (error != std::errc() || unit == units.end() || count < 0 || count > 1'000'000) {
         return std::nullopt;
     }
-    switch (*end) {
-    case 'm':
-        return now() + count * 60'000;
-    case 'h':
-        return now() + count * 3'600'000;
-    case 'd':
-        return now() + count * daysToMilliseconds;
-    case 'w':
-        return now() + count * 7 * daysToMilliseconds;
-    default:
-        return std::nullopt;
-    }
-}
-
-template <class Time>
-bool reads(const std::string& text, const std::string& format, Time& time)
-{
-    std::istringstream stream(text);
-    date::from_stream(stream, format.c_str(), time);
-    return !stream.fail() && stream.peek() == std::istringstream::traits_type::eof();
+    return now() + count * unit->second;
 }
 
 std::optional<Milliseconds> parseCalendarTime(const std::string& text)
 {
-    // The library below also takes numbers with fewer digits.
-    static const std::regex form(R"(\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d)?(Z|[+-]\d\d:\d\d)?)?)");
-    if (!std::regex_match(text, form)) {
+    static const std::regex form(R"((\d{4}-\d\d-\d\d)(?:[T ](\d\d:\d\d)(:\d\d)?(Z|[+-]\d\d:\d\d)?)?)");
+    std::smatch parts;
+    if (!std::regex_match(text, parts, form)) {
         return std::nullopt;
     }
-    for (const std::string separator : {"T", " "}) {
-        for (const std::string clock : {"%H:%M", "%T"}) {
-            const std::string format = "%F" + separator + clock;
-            date::sys_seconds utc;
-            if (reads(text, format + "Z", utc) || reads(text, format + "%Ez", utc)) {
-                return inMilliseconds(utc);
-            }
-            date::local_seconds local;
-            if (reads(text, format, local)) {
-                return fromLocal(local);
-            }
-        }
+    const auto part = [&parts](std::size_t index, const char* otherwise) {
+        return parts[index].matched ? parts[index].str() : otherwise;
+    };
+    std::istringstream whole(part(1, "") + "T" + part(2, "00:00") + part(3, ":00") +
+                             (parts[4] == "Z" ? "+00:00" : part(4, "")));
+    if (parts[4].matched) {
+        date::sys_seconds utc;
+        return whole >> date::parse("%FT%T%Ez", utc) ? std::optional(inMilliseconds(utc)) : std::nullopt;
     }
-    date::local_seconds midnight;
-    return reads(text, "%F", midnight) ? fromLocal(midnight) : std::nullopt;
+    date::local_seconds local;
+    return whole >> date::parse("%FT%T", local) ? fromLocal(local) : std::nullopt;
 }
 
 } // namespace
@@ -127,7 +108,7 @@ Milliseconds parseTime(const std::string& text)
 {
     const auto time = text.starts_with('+') ? parseOffset(std::string_view(text).substr(1)) : parseCalendarTime(text);
     if (!time) {
-        throw Failure(Exit::usage, "\"" + text + "\" is no time: give 2026-05-01, \"2026-05-01 14:30\", " +
+        throw Failure(Exit::usage, "\"" + text + "\" is not a time: give 2026-05-01, \"2026-05-01 14:30\", " +
                                        "2026-05-01T12:30:00Z or, from now, +90m, +12h, +7d or +2w");
     }
     return *time;

@@ -1,33 +1,27 @@
 #include "Command.h"
 #include "Files.h"
-#include "Secrets.h"
 #include "Text.h"
 #include "Time.h"
 #include "TrackingView.h"
+#include <limits>
 
 namespace tarn {
 
 namespace {
 
-struct TrackingOptions
+struct TrackingOptions : AccessOptions
 {
     std::string envelope;
-    std::string config;
-    std::string passwordFile;
 };
 
-struct SentOptions
+struct SentOptions : AccessOptions
 {
-    SentQuery query;
-    std::string config;
-    std::string passwordFile;
+    SentQuery query{.max = 20, .sortBy = "createDate"};
 };
 
 void tracking(Context& context, const TrackingOptions& options)
 {
-    const std::string envelope = readTextFile(options.envelope);
-    const Tracking found =
-        context.client.tracking(envelope, {password(options.passwordFile, ""), absolutePath(options.config)});
+    const Tracking found = context.client.tracking(readTextFile(options.envelope), options.access(""));
     context.output.result("Message " + printable(found.messageId) + "\n" + stateTable(found.recipients),
                           {{"messageId", found.messageId}, {"recipients", stateObjects(found.recipients)}});
 }
@@ -61,8 +55,7 @@ std::string rangeText(const SentQuery& query, const SentPage& page)
 void sent(Context& context, const SentOptions& options)
 {
     const auto& query = options.query;
-    const SentPage page =
-        context.client.sent(query, {password(options.passwordFile, query.user), absolutePath(options.config)});
+    const SentPage page = context.client.sent(query, options.access(query.user));
     Table table({"SENT", "RECIPIENT", "SUBJECT", "STATE", "TRIES", "FIRST OPENED", "CHANGED", "EXPIRES", "MESSAGE",
                  "MESSAGE ID"});
     nlohmann::json records = nlohmann::json::array();
@@ -79,30 +72,23 @@ void sent(Context& context, const SentOptions& options)
 
 } // namespace
 
-void addTrackingCommands(CLI::App& app, Context& context)
+void addTrackingCommands(Parser& program, Context& context)
 {
-    const auto trackingOptions = std::make_shared<TrackingOptions>();
-    auto* trackingCommand = app.add_subcommand("tracking", "Show lock and expiry of each recipient of an envelope");
-    trackingCommand->add_option("ENVELOPE", trackingOptions->envelope, "File with the envelope; - is standard input")
-        ->required();
-    addPasswordOption(trackingCommand, trackingOptions->passwordFile);
-    addConfigOption(trackingCommand, trackingOptions->config);
-    onRun(trackingCommand, context, trackingOptions, tracking);
+    auto [trackingParser, trackingOptions] =
+        addCommand(program, context, "tracking", "Show lock and expiry of each recipient of an envelope", tracking);
+    trackingParser.envelope(trackingOptions.envelope);
+    trackingParser.access(trackingOptions);
 
-    const auto sentOptions = std::make_shared<SentOptions>();
-    auto& query = sentOptions->query;
-    query.max = 20;
-    query.sortBy = "createDate";
-    auto* sentCommand = app.add_subcommand("sent", "List a user's sent messages, recipient by recipient");
-    sentCommand->add_option("USER", query.user, "The sender's address")->required();
-    sentCommand->add_option("--sort", query.sortBy, "Field to sort by, such as to, subject, expiryDate, numTries")
-        ->capture_default_str();
-    sentCommand->add_flag("--ascending", query.ascending, "Smallest or oldest first");
-    sentCommand->add_option("--start", query.start, "Records to leave out at the beginning")->capture_default_str();
-    sentCommand->add_option("--max", query.max, "Records to show at most")->capture_default_str();
-    addPasswordOption(sentCommand, sentOptions->passwordFile);
-    addConfigOption(sentCommand, sentOptions->config);
-    onRun(sentCommand, context, sentOptions, sent);
+    auto [parser, options] =
+        addCommand(program, context, "sent", "List a user's sent messages, recipient by recipient", sent);
+    constexpr auto most = std::numeric_limits<std::uint32_t>::max();
+    auto& query = options.query;
+    parser.argument("USER", query.user, "The sender's address");
+    parser.text("--sort", "FIELD", query.sortBy, "Field to sort by, such as to, subject, expiryDate, numTries");
+    parser.flag("--ascending", query.ascending, "Smallest or oldest first");
+    parser.number("--start", "COUNT", query.start, 0u, most, "Records to leave out at the beginning (default: 0)");
+    parser.number("--max", "COUNT", query.max, 0u, most, "Records to show at most (default: 20)");
+    parser.access(options);
 }
 
 } // namespace tarn

@@ -1,7 +1,8 @@
 #include "Command.h"
 #include "Failure.h"
 #include "Host.h"
-#include "Interrupt.h"
+#include "ProcessEnd.h"
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <numeric>
 #include <sstream>
@@ -27,7 +28,7 @@ Environment:
 
 Exit codes:
   0    done: the daemon answered with status 0
-  1    the daemon answered with another status, or has not what was asked for
+  1    the daemon answered with another status, or does not have what was asked for
   2    usage: an argument or an input is wrong, or a secret is missing
   3    no daemon listens
   4    a file or standard output cannot be read or written
@@ -36,7 +37,7 @@ Exit codes:
   7    the daemon did not answer within --timeout
   128 and more  ended by a signal, such as 130 by Ctrl-C
 
-"tarn help COMMAND" tells a command's options.)";
+"tarn help COMMAND" lists the options of a command.)";
 
 std::unique_ptr<CLI::App> makeApp(Context& context)
 {
@@ -44,23 +45,25 @@ std::unique_ptr<CLI::App> makeApp(Context& context)
     app->footer(footer);
     app->require_subcommand(1);
     app->fallthrough(); // the options of all commands may also follow the command
-    app->set_version_flag("--version", "tarn " TARN_VERSION);
-    app->add_flag("--json", context.output.asJson, "Print the outcome as a JSON object");
-    app->add_flag("--log", context.showLog, "Print the operation log on standard error");
-    app->add_option("--timeout", context.timeLimit, "Seconds to wait for each answer of the daemon (default: for ever)")
-        ->check(CLI::Range(1u, 1'000'000u));
-    addLifecycleCommands(*app, context);
-    addLoginCommands(*app, context);
-    addEncryptCommand(*app, context);
-    addDecryptCommand(*app, context);
-    addStatusCommands(*app, context);
-    addTrackingCommands(*app, context);
-    addSettingCommands(*app, context);
-    addKeyServerCommands(*app, context);
-    addEnrollCommand(*app, context);
-    for (auto* command : app->get_subcommands({})) {
-        command->footer("\nAlso --json, --log and --timeout, as with every command.");
-    }
+    app->set_version_flag("--version", "tarn " TARN_VERSION, "Print the version and exit");
+    app->set_help_flag("-h,--help", "Print this help and exit");
+    app->get_formatter()->label("SUBCOMMAND", "COMMAND");
+    app->get_formatter()->label("Positionals", "Arguments");
+    app->get_formatter()->label("REQUIRED", "(required)");
+    Parser program(*app);
+    program.flag("--json", context.output.asJson, "Print the outcome as a JSON object");
+    program.flag("--log", context.showLog, "Print the operation log on standard error");
+    program.number("--timeout", "SECONDS", context.timeLimit, 1u, 1'000'000u,
+                   "Seconds to wait for each answer of the daemon (default: for ever)");
+    addLifecycleCommands(program, context);
+    addLoginCommands(program, context);
+    addEncryptCommand(program, context);
+    addDecryptCommand(program, context);
+    addStatusCommands(program, context);
+    addTrackingCommands(program, context);
+    addLockExpiryCommands(program, context);
+    addKeyServerCommands(program, context);
+    addEnrollCommand(program, context);
     return app;
 }
 
@@ -87,7 +90,7 @@ Failure unknownCommand(CLI::App& app, const std::string& name)
             return {Exit::usage, text + "is \"" + command->get_name() + "\" meant?"};
         }
     }
-    return {Exit::usage, text + "\"tarn --help\" lists them"};
+    return {Exit::usage, text + "\"tarn --help\" lists all"};
 }
 
 // Returns false when the command line asked for nothing but a text, which has been printed.
@@ -136,6 +139,7 @@ Exit run(const std::vector<std::string>& arguments)
     try {
         // A command line that cannot be parsed is answered in the form that it asks for as well.
         context.output.asJson = std::ranges::find(arguments, "--json") != arguments.end();
+        reportEndAsJson(context.output.asJson);
         const auto app = makeApp(context);
         if (!parse(*app, arguments)) {
             return Exit::success;
@@ -166,8 +170,7 @@ int main(int argc, char** argv)
 {
     using namespace tarn;
     host::prepare();
-    endOnInterrupt();
-    explainTheLibrarysEnd();
+    watchProcessEnd();
     Exit code = Exit::file;
     try {
         code = run(host::arguments(argc, argv));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <tarn/Secret.h>
 #include <vector>
 
 // What the functions of the client take and return. All texts are UTF-8. Dates are the daemon's own numbers, 0 for "not
@@ -17,7 +18,7 @@ struct KeyValue
 // What most calls send along; either may be empty.
 struct Access
 {
-    std::string password = {};
+    Secret password = {};
     std::string configFile = {}; // path of the envelope configuration file, which the daemon reads
 };
 
@@ -42,7 +43,7 @@ struct DecryptRequest
 {
     std::string envelope = {};
     std::string recipient = {};
-    std::string sessionKey = {};
+    Secret sessionKey = {};
     bool keepOpen = false;
 };
 
@@ -152,8 +153,10 @@ struct EnrollParameters
 struct Enrollment
 {
     std::string address = {}, keyServer = {}, enrollId = {}, sender = {};
-    std::string firstName = {}, lastName = {}, password = {}, passPhrase = {}, locale = {};
-    std::string questions[3] = {}, answers[3] = {};
+    std::string firstName = {}, lastName = {}, locale = {};
+    Secret password = {}, passPhrase = {};
+    std::string questions[3] = {};
+    Secret answers[3] = {};
     bool simple = false;
     std::int32_t stage = 0;
     std::int32_t timeZone = 0;

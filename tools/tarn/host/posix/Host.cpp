@@ -14,6 +14,7 @@
 #include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utf8.h>
 
 namespace tarn::host {
 
@@ -34,19 +35,13 @@ void hideEcho(int terminal)
     tcsetattr(terminal, TCSAFLUSH, &hidden);
 }
 
-bool writeAll(int terminal, const std::string& text)
+std::optional<Secret> readLine(int terminal)
 {
-    return write(terminal, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-}
-
-std::optional<std::string> readLine(int terminal)
-{
-    std::string line;
-    for (char byte = 0; read(terminal, &byte, 1) == 1;) {
+    ClearedVector<char> line;
+    for (char byte = 0; read(terminal, &byte, 1) == 1; line.push_back(byte)) {
         if (byte == '\n') {
-            return line;
+            return Secret(std::string_view(line.data(), line.size()));
         }
-        line += byte;
     }
     return std::nullopt;
 }
@@ -70,10 +65,10 @@ std::vector<std::string> arguments(int argc, char** argv)
     return {argv + (argc > 0 ? 1 : 0), argv + argc};
 }
 
-std::optional<std::string> environment(const char* name)
+std::optional<Secret> environment(const std::string& name)
 {
-    const char* value = std::getenv(name);
-    return value ? std::optional<std::string>(value) : std::nullopt;
+    const char* value = std::getenv(name.c_str());
+    return value ? std::optional<Secret>(value) : std::nullopt;
 }
 
 std::string systemText(const std::string& utf8)
@@ -92,7 +87,7 @@ std::string foldCase(const std::string& utf8)
     for (auto& character : characters) {
         character = static_cast<char32_t>(towupper_l(static_cast<wint_t>(character), locale));
     }
-    return toUtf8(characters);
+    return utf8::utf32to8(characters);
 }
 
 std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::filesystem::path& to)
@@ -116,30 +111,23 @@ bool listensOn(std::uint16_t port)
     return connected;
 }
 
-bool showsErrors()
+bool isTerminal(Stream stream)
 {
-    return isatty(STDERR_FILENO) == 1;
+    return isatty(static_cast<int>(stream)) == 1;
 }
 
-bool showsOutput()
-{
-    return isatty(STDOUT_FILENO) == 1;
-}
-
-std::optional<std::string> ask(const std::string& question, Echo echo)
+std::optional<Secret> ask(const std::string& question, Echo echo)
 {
     const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
     if (terminal < 0) {
         return std::nullopt;
     }
-    // The echo goes first: a secret may be typed as soon as the question stands there.
+    // The echo goes first: a secret may be typed as soon as the question is shown.
     if (echo == Echo::hidden) {
         hideEcho(terminal);
     }
-    std::optional<std::string> line;
-    if (writeAll(terminal, question)) {
-        line = readLine(terminal);
-    }
+    const bool asked = ::write(terminal, question.data(), question.size()) == static_cast<ssize_t>(question.size());
+    auto line = asked ? readLine(terminal) : std::nullopt;
     restoreTerminal();
     close(terminal);
     return line;
@@ -166,9 +154,9 @@ void watchFaults(void (*onFault)(const void* address), void (*onAbort)())
     sigaction(SIGABRT, &action, nullptr);
 }
 
-void writeError(const char* text)
+void write(Stream stream, const char* text)
 {
-    [[maybe_unused]] const auto written = write(STDERR_FILENO, text, std::strlen(text));
+    [[maybe_unused]] const auto written = ::write(static_cast<int>(stream), text, std::strlen(text));
 }
 
 void restoreTerminal()

@@ -1,5 +1,6 @@
 #include "../../Host.h"
 
+#include "../../Files.h"
 #include <array>
 #include <csignal>
 #include <cstdio>
@@ -38,45 +39,32 @@ HANDLE openConsole(const wchar_t* name)
     return console == INVALID_HANDLE_VALUE ? nullptr : console;
 }
 
-std::string toBytes(UINT codePage, const std::wstring& wide)
+template <class Bytes>
+Bytes convert(UINT codePage, std::wstring_view wide)
 {
     const int length = static_cast<int>(wide.size());
     const int size = WideCharToMultiByte(codePage, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
+    Bytes bytes(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(codePage, 0, wide.data(), length, bytes.data(), size, nullptr, nullptr);
     return bytes;
 }
 
-std::string toUtf8(const std::wstring& wide)
+Secret toSecret(std::wstring_view wide)
 {
-    return toBytes(CP_UTF8, wide);
+    const auto bytes = convert<ClearedVector<char>>(CP_UTF8, wide);
+    return std::string_view(bytes.data(), bytes.size());
 }
 
-std::wstring toWide(const std::string& utf8)
+std::optional<Secret> readLine(HANDLE console)
 {
-    const int length = static_cast<int>(utf8.size());
-    const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), size);
-    return wide;
-}
-
-bool writeAll(HANDLE console, const std::wstring& text)
-{
-    DWORD written = 0;
-    return WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
-}
-
-std::optional<std::string> readLine(HANDLE console)
-{
-    std::wstring line;
+    ClearedVector<wchar_t> line;
     wchar_t unit = 0;
     for (DWORD count = 0; ReadConsoleW(console, &unit, 1, &count, nullptr) && count == 1;) {
         if (unit == L'\n') {
-            return toUtf8(line);
+            return toSecret({line.data(), line.size()});
         }
         if (unit != L'\r') {
-            line += unit;
+            line.push_back(unit);
         }
     }
     return std::nullopt;
@@ -121,29 +109,29 @@ std::vector<std::string> arguments(int, char**)
                                                                 &LocalFree);
     std::vector<std::string> arguments;
     for (int i = 1; texts && i < count; ++i) {
-        arguments.push_back(toUtf8(texts.get()[i]));
+        arguments.push_back(toText(texts.get()[i]));
     }
     return arguments;
 }
 
-std::optional<std::string> environment(const char* name)
+std::optional<Secret> environment(const std::string& name)
 {
-    const wchar_t* value = _wgetenv(toWide(name).c_str());
-    return value ? std::optional<std::string>(toUtf8(value)) : std::nullopt;
+    const wchar_t* value = _wgetenv(toPath(name).c_str());
+    return value ? std::optional(toSecret(value)) : std::nullopt;
 }
 
 std::string systemText(const std::string& utf8)
 {
-    return toBytes(CP_ACP, toWide(utf8));
+    return convert<std::string>(CP_ACP, toPath(utf8).native());
 }
 
 std::string foldCase(const std::string& utf8)
 {
-    const std::wstring wide = toWide(utf8);
+    const std::wstring wide = toPath(utf8).native();
     std::wstring upper(wide.size(), L'\0'); // each letter by itself, as the file system does it
     LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, wide.data(), static_cast<int>(wide.size()), upper.data(),
                   static_cast<int>(upper.size()), nullptr, nullptr, 0);
-    return toUtf8(upper);
+    return toText(upper);
 }
 
 std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::filesystem::path& to)
@@ -174,17 +162,12 @@ bool listensOn(std::uint16_t port)
     return connected;
 }
 
-bool showsErrors()
+bool isTerminal(Stream stream)
 {
-    return _isatty(_fileno(stderr)) != 0;
+    return _isatty(static_cast<int>(stream)) != 0;
 }
 
-bool showsOutput()
-{
-    return _isatty(_fileno(stdout)) != 0;
-}
-
-std::optional<std::string> ask(const std::string& question, Echo echo)
+std::optional<Secret> ask(const std::string& question, Echo echo)
 {
     const Handle input(openConsole(L"CONIN$"));
     const Handle output(openConsole(L"CONOUT$"));
@@ -195,13 +178,14 @@ std::optional<std::string> ask(const std::string& question, Echo echo)
         hiddenConsole = input.get();
         SetConsoleMode(hiddenConsole, formerMode & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
     }
-    std::optional<std::string> line;
-    if (writeAll(output.get(), toWide(question))) {
-        line = readLine(input.get());
-    }
+    const auto show = [&](const std::wstring& text) {
+        DWORD written = 0;
+        return WriteConsoleW(output.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
+    };
+    auto line = show(toPath(question).native()) ? readLine(input.get()) : std::nullopt;
     restoreEcho();
     if (echo == Echo::hidden) {
-        writeAll(output.get(), L"\r\n");
+        show(L"\r\n");
     }
     return line;
 }
@@ -219,10 +203,11 @@ void watchFaults(void (*onFault)(const void* address), void (*)())
     SetUnhandledExceptionFilter(reportAccessViolation);
 }
 
-void writeError(const char* text)
+void write(Stream stream, const char* text)
 {
+    const HANDLE file = GetStdHandle(stream == Stream::output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
     DWORD written = 0;
-    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
+    WriteFile(file, text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
 }
 
 void restoreTerminal()

@@ -1,0 +1,80 @@
+// That secrets do not stay behind in memory: this process looks for them in its own heap and stack.
+#include "Text.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <tarn/Secret.h>
+
+using namespace tarn;
+
+namespace {
+
+constexpr char key = 0x55;
+// What is looked for is nowhere in clear, or it would be found here.
+constexpr char encoded[] = "\x06\x30\x26\x34\x38\x79\x7a\x2d\x65\x67\x64\x63\x78\x26\x30\x36";
+constexpr std::size_t length = sizeof encoded - 1;
+
+ClearedVector<char> clearText()
+{
+    ClearedVector<char> text;
+    for (std::size_t i = 0; i < length; ++i) {
+        text.push_back(static_cast<char>(encoded[i] ^ key));
+    }
+    return text;
+}
+
+template <class Unit>
+std::size_t occurrences()
+{
+    std::size_t count = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        if (!line.ends_with("[heap]") && !line.ends_with("[stack]")) {
+            continue;
+        }
+        char* rest = nullptr;
+        const auto* place = reinterpret_cast<const char*>(std::strtoull(line.c_str(), &rest, 16));
+        const auto* end = reinterpret_cast<const char*>(std::strtoull(rest + 1, nullptr, 16));
+        for (; place + length * sizeof(Unit) <= end; place += sizeof(Unit)) {
+            const auto* units = reinterpret_cast<const volatile Unit*>(place);
+            std::size_t i = 0;
+            while (i < length && (units[i] ^ key) == encoded[i]) {
+                ++i;
+            }
+            count += i == length;
+        }
+    }
+    return count;
+}
+
+} // namespace
+
+// AddressSanitizer has its heap elsewhere.
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+TEST(CppSecret, LeavesNoCopyInFreedMemory)
+{
+    {
+        const auto text = clearText();
+        Secret secret(std::string_view(text.data(), text.size()));
+        const Secret copy = secret;
+        const std::vector<Secret> moved{std::move(secret)};
+        ASSERT_GE(occurrences<char>(), 3u);
+        const detail::Wide wide(copy);
+        ASSERT_EQ(occurrences<TarnWideChar>(), 1u);
+    }
+    EXPECT_EQ(occurrences<char>(), 0u);
+    EXPECT_EQ(occurrences<TarnWideChar>(), 0u);
+}
+#endif
+
+TEST(CppSecret, IsAText)
+{
+    Secret secret("one");
+    const Secret other = std::move(secret);
+    secret = other;
+    EXPECT_EQ(std::string(secret.c_str()) + other.c_str(), "oneone");
+    EXPECT_TRUE(Secret().empty() && Secret("").empty());
+    EXPECT_STREQ(Secret().c_str(), "");
+    EXPECT_THROW(detail::Narrow(Secret(std::string_view("a\0b", 3))), std::invalid_argument);
+}
