@@ -1,0 +1,86 @@
+#!/usr/bin/env python3
+"""What the shell completes, and the manual pages: both come from the help of the programs.
+
+TARN and TARN_STANDIN name the two programs.
+"""
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+TOOL = Path(__file__).resolve().parents[2] / "tools/tarn"
+TIME_LIMIT = 60
+
+
+def help_of(program, *command):
+    return subprocess.run([os.environ[program], *command, "--help"], capture_output=True, check=True, encoding="utf-8",
+                          timeout=TIME_LIMIT).stdout
+
+
+def options_in(text):
+    return set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", text, re.MULTILINE))
+
+
+def commands():
+    return re.findall(r"^  ([a-z]+)  ", help_of("TARN").split("\nCommands:\n")[1].split("\n\n")[0], re.MULTILINE)
+
+
+class ShellTest(unittest.TestCase):
+    def complete(self, *words):
+        """What bash offers for the last one of the words."""
+        script = 'source "$0"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _tarn; printf "%s\\n" "${COMPREPLY[@]}"'
+        with tempfile.TemporaryDirectory() as folder:
+            (Path(folder) / "a file").touch()
+            (Path(folder) / "folder").mkdir()
+            offered = subprocess.run(["bash", "-c", script, TOOL / "completions/tarn.bash", *words], cwd=folder,
+                                     capture_output=True, check=True, encoding="utf-8", timeout=TIME_LIMIT)
+        self.assertEqual(offered.stderr, "")
+        return set(offered.stdout.split("\n")) - {""}
+
+    def test_bash_completes_what_the_help_lists(self):
+        tarn, standin = os.environ["TARN"], os.environ["TARN_STANDIN"]
+        self.assertGreaterEqual(len(commands()), 18)
+        self.assertEqual(self.complete(tarn, ""), {*commands(), "help"})
+        self.assertEqual(self.complete(tarn, "--json", "enc"), {"encrypt"})
+        self.assertEqual(self.complete(tarn, "help", "unl"), {"unlock"})
+        for command in commands():
+            self.assertEqual(self.complete(tarn, command, "--"), options_in(help_of("TARN", command)), command)
+        self.assertEqual(self.complete(tarn, "--"), options_in(help_of("TARN")))
+        self.assertEqual(self.complete(standin, "--"), options_in(help_of("TARN_STANDIN")))
+
+        self.assertEqual(self.complete(tarn, "decrypt", "letter", "--out", ""), {"folder"})
+        self.assertEqual(self.complete(tarn, "decrypt", "--password-file", ""), {"a file", "folder"})
+        self.assertEqual(self.complete(tarn, "decrypt", "a"), {"a file"})
+        self.assertEqual(self.complete(tarn, "encrypt", "--from", ""), set())
+
+    def test_the_manual_pages_hold_the_help(self):
+        pages = {}
+        for program in ("TARN", "TARN_STANDIN"):
+            made = subprocess.run([TOOL / "man/help-to-man", os.environ[program], "1.2"], capture_output=True,
+                                  check=True, encoding="utf-8", timeout=TIME_LIMIT,
+                                  env=os.environ | {"SOURCE_DATE_EPOCH": "0"})
+            self.assertEqual(made.stderr, "")
+            pages[program] = made.stdout.replace("\\-", "-")
+            self.assertIn(" 1970-01-01 ", pages[program].split("\n")[0])
+        sections = re.findall(r'^\.SH "?([A-Z ]+)', pages["TARN"], re.MULTILINE)
+        self.assertEqual(sections, ["NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "OPTIONS", "EXIT STATUS",
+                                    "ENVIRONMENT", "EXAMPLES", "SEE ALSO"])
+        for command in commands():
+            described = pages["TARN"].split(f"\n.SS {command}\n")[1].split("\n.S")[0]
+            for option in options_in(help_of("TARN", command)) - {"--help"}:  # as with every command
+                self.assertIn(option, described, command)
+        for option in options_in(help_of("TARN_STANDIN")):
+            self.assertIn(option, pages["TARN_STANDIN"])
+        self.assertIn("\n.TP\n\\fB128 and more\\fR\nended by a signal", pages["TARN"])
+
+
+if __name__ == "__main__":
+    missing = [name for name in ("TARN", "TARN_STANDIN") if not os.path.isfile(os.environ.get(name, ""))]
+    if missing:
+        sys.exit(f"set {' and '.join(missing)} to the program's path")
+    for program in ("TARN", "TARN_STANDIN"):
+        os.environ[program] = os.path.abspath(os.environ[program])
+    unittest.main(verbosity=2)
