@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """The command-line client end to end, against the stand-in daemon.
 
-TARN and TARN_STANDIN name the two programs. Everything runs without a terminal, but for the tests that make one.
+TARN and TARN_STANDIN name the two programs, and TARN_LAUNCHING the folder of a library that launches the stand-in daemon
+in place of Java. Everything runs without a terminal, but for the tests that make one.
 """
 import base64
 import json
@@ -507,6 +508,17 @@ class WithoutDaemon(TarnTest):
         self.assertEqual(self.json("version", code=3)["exitCode"], 3)
         self.assertIn("is not a file", self.tarn("start", "missing.jar", code=4)[1])
         self.assertIn("no such program", self.tarn("start", self.file("daemon.jar", ""), code=1)[1])
+
+    def test_start_waits_until_the_daemon_listens(self):
+        environment = {"LD_LIBRARY_PATH": os.environ["TARN_LAUNCHING"]}
+        self.file("idle.jar", "")
+        _, error = self.tarn("start", "idle.jar", "--wait", 1, env=environment, code=3)
+        self.assertIn("the launch was accepted, but no daemon listens after 1 seconds", error)
+        started = self.json("start", self.file("daemon.jar", ""), "--wait", TIME_LIMIT, env=environment)
+        self.addCleanup(self.tarn, "stop")
+        self.assertTrue(started["listens"])
+        self.assertGreater(started["launchResult"], 32)
+        self.tarn("version")
 
     def test_stop(self):
         daemon = Daemon(os.environ["TARN_STANDIN"])

@@ -8,6 +8,7 @@ namespace tarn {
 std::string statusName(std::int32_t status)
 {
     static const std::map<std::int32_t, std::string> names{
+        {TARN_STATUS_NONE, "no status"},
         {TARN_STATUS_WRONG_PASSWORD, "wrong address or password"},
         {TARN_STATUS_PASSWORD_NEEDED, "a password opens it"},
         {TARN_STATUS_SESSION_KEY_ALIVE, "kept open: a session key or a password opens it"},
