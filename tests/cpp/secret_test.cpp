@@ -10,16 +10,21 @@ using namespace tarn;
 
 namespace {
 
-constexpr char key = 0x55;
-// What is looked for is nowhere in clear, or it would be found here.
-constexpr char encoded[] = "\x06\x30\x26\x34\x38\x79\x7a\x2d\x65\x67\x64\x63\x78\x26\x30\x36";
-constexpr std::size_t length = sizeof encoded - 1;
+constexpr std::size_t length = 80;
+// The allocator writes over the beginning of what is freed.
+constexpr std::size_t lookedForFrom = 40;
+
+// What is looked for is nowhere in the program as it is, or it would be found there.
+char character(std::size_t index)
+{
+    return static_cast<char>('a' + (index * index + index / 5) % 26);
+}
 
 ClearedVector<char> clearText()
 {
     ClearedVector<char> text;
     for (std::size_t i = 0; i < length; ++i) {
-        text.push_back(static_cast<char>(encoded[i] ^ key));
+        text.push_back(character(i));
     }
     return text;
 }
@@ -38,8 +43,8 @@ std::size_t occurrences()
         const auto* end = reinterpret_cast<const char*>(std::strtoull(rest + 1, nullptr, 16));
         for (; place + length * sizeof(Unit) <= end; place += sizeof(Unit)) {
             const auto* units = reinterpret_cast<const volatile Unit*>(place);
-            std::size_t i = 0;
-            while (i < length && (units[i] ^ key) == encoded[i]) {
+            std::size_t i = lookedForFrom;
+            while (i < length && units[i] == static_cast<Unit>(character(i))) {
                 ++i;
             }
             count += i == length;

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t chunkSize = 1 << 18;
+constexpr std::size_t chunkSize = 1 << 16;
 const char* const stagedName = "data";
 
 Failure fileFailure(const std::string& name, const std::string& what, int error)
