@@ -103,7 +103,7 @@ std::vector<std::string> split(std::string_view text, std::string_view delimiter
 {
     std::vector<std::string> pieces;
     std::size_t start = 0;
-    for (std::size_t end; (end = text.find(delimiter, start)) != text.npos; start = end + delimiter.size()) {
+    for (std::size_t end = 0; (end = text.find(delimiter, start)) != text.npos; start = end + delimiter.size()) {
         pieces.emplace_back(text.substr(start, end - start));
     }
     pieces.emplace_back(text.substr(start));
