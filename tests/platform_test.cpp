@@ -155,6 +155,15 @@ TEST(PlatformProcess, LaunchReportsFailuresUnderSignalsAndWithoutDescriptors)
 }
 #endif
 
+#ifndef _WIN32
+TEST(PlatformProcessDeathTest, LaunchReturnsToItsCaller)
+{
+    constexpr int returned = 42;
+    EXPECT_EXIT(_exit(Platform::launchHidden("/bin/true", "") > 32 ? returned : 0), testing::ExitedWithCode(returned),
+                "");
+}
+#endif
+
 TEST(PlatformProcessDeathTest, TextThatDoesNotFitEndsTheProcessWithAnEmptyDestination)
 {
     static char buffer[4] = "abc";
