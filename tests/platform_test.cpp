@@ -116,6 +116,7 @@ TEST(PlatformText, CountsAndCapacities)
     EXPECT_EQ(Platform::utf8ToWide("\xC3\x84", -1, nullptr, 0), 2) << "with the terminator";
     EXPECT_EQ(Platform::utf8ToWide("\xC3\x84", 2, nullptr, 0), 1);
     EXPECT_EQ(Platform::utf8ToWide("abcdef", -1, wide, 4), 0) << "too small";
+    EXPECT_EQ(Platform::utf8ToWide("abc", 0, nullptr, 0), 0) << "nothing to convert";
     const WideChar lock[] = {0xD83D, 0xDD12, 0};
     char narrow[8];
     EXPECT_EQ(Platform::wideToUtf8(lock, 2, nullptr, 0), 4);

@@ -110,9 +110,14 @@ TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
 
 TEST(Conversion, LongRunsOfAsciiAroundOtherCharacters)
 {
+    std::string controls;
+    for (int i = 0; i < 20; ++i) {
+        controls += "\xC2\x80";
+    }
     const std::pair<std::string, WideText> others[] = {{"", units(u"")},
                                                        {"\xC3\x84", units(u"\u00C4")},
                                                        {"\xC2\x80", units(u"\u0080")},
+                                                       {controls, WideText(20, 0x80)},
                                                        {"\xE2\x82\xAC", units(u"\u20AC")},
                                                        {"\xF0\x9F\x94\x92", units(u"\U0001F512")}};
     for (const auto& [narrow, wide] : others) {

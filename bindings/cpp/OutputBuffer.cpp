@@ -22,7 +22,7 @@ namespace tarn::detail {
 namespace {
 
 // More than a page, since a large copy does not fill its pages strictly one after the other.
-constexpr std::size_t guardSize = 64 * 1024;
+constexpr std::size_t guardSize = std::size_t{64} * 1024;
 
 // The largest length that a parameter of a reply can have. No more UTF-16 units come of it.
 constexpr std::size_t largestParameter = std::size_t{INT32_MAX};

@@ -31,7 +31,7 @@ std::string encodedConfig(const std::string& option)
     if (option.empty() || isEncodedConfig(option)) {
         return option;
     }
-    const std::string text(std::string_view(secretLines(option).front()));
+    std::string text(std::string_view(secretLines(option).front()));
     if (!isEncodedConfig(text)) {
         throw Failure(Exit::usage,
                       option + " holds no envelope configuration such as \"tarn decrypt --save-config\" saves");

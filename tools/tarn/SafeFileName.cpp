@@ -123,7 +123,8 @@ std::string SafeFileNames::next(std::string_view itemName, std::string_view cont
     std::string unique = name;
     const auto [base, extension] = splitExtension(name);
     for (int number = 2; !taken_.insert(host::foldCase(unique)).second; ++number) {
-        unique = base + " (" + std::to_string(number) + ")" + extension;
+        unique = base;
+        unique.append(" (").append(std::to_string(number)).append(")").append(extension);
     }
     return unique;
 }

@@ -17,7 +17,10 @@ std::optional<Secret> askTwice(const std::string& question)
 {
     for (;;) {
         const auto first = host::ask(question + ": ", Echo::hidden);
-        const auto second = first ? host::ask(question + " (again): ", Echo::hidden) : std::nullopt;
+        if (!first) {
+            return std::nullopt;
+        }
+        auto second = host::ask(question + " (again): ", Echo::hidden);
         if (!second || std::string_view(*first) == std::string_view(*second)) {
             return second;
         }
