@@ -1,9 +1,11 @@
-"""Tests of tarn-standin over its socket. TARN_STANDIN names the binary."""
+"""Tests of tarn-standin over its socket. TARN_STANDIN names the program."""
 
+import ast
 import base64
 import contextlib
 import os
 import pathlib
+import random
 import re
 import resource
 import select
@@ -17,10 +19,12 @@ import sys
 import tempfile
 import time
 import unittest
+import zipfile
+import zlib
 
 sys.dont_write_bytecode = True
 from wire import (ALICE, BOB, CAROL, DAVE, LIMIT, SECRET, Client, array, encode, frame, long, mapping, parameters,
-                  records, sized)
+                  records, request, sized)
 
 STANDIN = os.environ.get("TARN_STANDIN", "")
 MAIL = "Subject: x\n\ny"
@@ -139,6 +143,78 @@ class Frames(DaemonTest):
         # Nobody will take this reply: the daemon ends all the same.
         slow.send("DE", ky=SECRET[BOB], en=envelope, to=BOB)
         self.end(self.daemon)
+
+
+class RandomRequests(DaemonTest):
+    """Whatever comes, the daemon answers it or names what is wrong with it, and goes on."""
+
+    MIME = (b"Sensitivity: private\r\nSubject: =?utf-8?q?Gr=C3=BC=C3=9Fe?= =?utf-8?b?w6Q=?=\r\n"
+            b"Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n"
+            b"Content-Type: text/html; charset*=utf-8''x\r\n\r\n<b>\r\n--b\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: attachment;\r\n"
+            b" filename*0*=utf-8''%E2%82; filename*1*=%AC.bin\r\n\r\neHl6\r\n--b\r\nContent-Type: message/rfc822\r\n"
+            b"Content-Transfer-Encoding: quoted-printable\r\n\r\nA: =62\r\n\r\nx\r\n--b--\r\n")
+
+    def setUp(self):
+        super().setUp()
+        self.chance = random.Random(5)
+
+    def mutated(self, data):
+        data = bytearray(data)
+        for _ in range(self.chance.randint(1, 4)):
+            start = self.chance.randrange(len(data) + 1)
+            end = start + self.chance.choice((0, 1, 1, 2, 4, 9))
+            data[start:end] = self.chance.choice((b"", self.chance.randbytes(max(end - start, 1)), data[start:end] * 2))
+        return bytes(data)
+
+    def read_errors(self):
+        while select.select([self.daemon.stderr], [], [], 0)[0]:
+            self.errors += os.read(self.daemon.stderr.fileno(), 65536)
+
+    def test_requests(self):
+        client = self.start("--config-dir", str(self.folder))
+        envelope = client.encrypt(BOB)
+        session, file = client.login(), self.write("file", "hostname=h\nkeyserver.host=k\n")
+        common = {"tc": "", "ky": "wrong", "ep": file}
+        requests = [request(code, values) for code, values in (
+            ("ST", {}), ("KV", {"ep": file}), ("LT", {}), ("LS", {**common, "to": CAROL}),
+            ("VC", {"ep": file, "fm": BOB}),
+            ("BE", {"sl": session, "fm": ALICE, "to": [BOB, NEW], "cc": DAVE, "ec": {"a": "b"}, "mm": self.MIME}),
+            ("DE", {"en": envelope, "to": NEW, "sk": "x", "po": True}), ("DE", {"en": envelope, "po": True}),
+            ("MI", {**common, "fm": CAROL, "sf": "to", "as": True, "si": 0, "mx": 9}),
+            ("SI", {**common, "ri": {"to": BOB, "id": "1"}, "ls": True, "sm": "m", "ed": long(1)}),
+            ("EP", {"ec": {"a": ""}, "ea": NEW, "ul": "de"}),
+            ("EU", {"ea": NEW, "pw": "x", "or": 0, "el": 0, "qa": {}}))]
+        for _ in range(1500):
+            data = self.mutated(self.chance.choice(requests))
+            if self.chance.random() < 0.8:
+                data = data[:-4] + struct.pack(">I", zlib.crc32(data[:-4]))
+            if data[2:4] == b"SD":
+                continue
+            bad = self.client()
+            with contextlib.suppress(OSError):  # it closes what it refuses
+                at = self.chance.randrange(len(data) + 1)
+                bad.socket.sendall(data[:at])
+                bad.socket.sendall(data[at:])
+                bad.socket.shutdown(socket.SHUT_WR)
+                while bad.socket.recv(65536):
+                    pass
+            bad.socket.close()
+            self.read_errors()
+        self.assertEqual(client.decrypt(envelope, BOB)[0], 0)
+        lines = self.errors.decode().splitlines()
+        self.assertGreater(len(lines), 100)
+        for line in lines:
+            self.assertRegex(line, r"^tarn-standin: connection \d+: bad request, byte \d+: .*; closed$")
+
+    def test_mime_messages(self):
+        client = self.start()
+        for number in range(1000):
+            status, reply = client.call("BE", fm=ALICE, ec={}, to=BOB, mm=self.mutated(self.MIME))
+            self.assertIn(status, (0, 108), reply["em"])
+            if status == 0 and number % 40 == 0:
+                self.assertEqual(client.decrypt(reply["en"], BOB)[0], 0)
+        self.read_errors()
+        self.assertEqual(self.errors, b"")
 
 
 class Connections(DaemonTest):
@@ -542,7 +618,7 @@ class Enrollment(DaemonTest):
 
 class Store(DaemonTest):
     def test_unusable_stores_end_the_start_with_code_3(self):
-        other, held, damaged = (str(self.folder / name) for name in ("other", "held", "damaged"))
+        other, old, held, damaged = (str(self.folder / name) for name in ("other", "old", "held", "damaged"))
         with contextlib.closing(sqlite3.connect(other)) as database:
             database.execute("CREATE TABLE t (x)")
         self.start("--store", damaged).encrypt(BOB, mime=b"A: b\n\n" + b"x" * 100000)
@@ -550,14 +626,19 @@ class Store(DaemonTest):
         with open(damaged, "r+b") as file:
             file.seek(4096)
             file.write(os.urandom(8 * 4096))
+        self.start("--store", old)
+        self.end(self.daemon)
+        with contextlib.closing(sqlite3.connect(old)) as database:
+            database.execute("PRAGMA user_version = 2")
         self.start("--store", held)
         lock = sqlite3.connect(held)
         self.addCleanup(lock.close)
         lock.execute("BEGIN EXCLUSIVE")
         text = self.write("text", "no database at all, but long enough to be looked at\n" * 20)
         for path, complaint in ((str(self.folder), "Is a directory"), ("/dev/full", "not a regular file"),
-                                (text, "not a database"), (other, "another program"), (held, "locked"),
-                                (str(self.folder / "no/such"), "No such file"), (damaged, "damaged|malformed")):
+                                (text, "not a database"), (other, "another program"), (old, "another version"),
+                                (held, "locked"), (str(self.folder / "no/such"), "No such file"),
+                                (damaged, "damaged|malformed")):
             code, errors = self.run_to_end("--port", "0", "--store", path)
             self.assertEqual(code, 3, path)
             self.assertRegex(errors, complaint)
@@ -579,7 +660,7 @@ class Store(DaemonTest):
             hashes = {row[0] for row in database.execute("SELECT password FROM accounts")}
         self.assertEqual(len(hashes), len(SECRET))
         for stored in hashes:
-            self.assertRegex(stored, r"^\$(y|gy|7|2b)\$", "not a hash that is slow to guess")
+            self.assertRegex(stored, r"^\$scrypt\$", "not a hash that is slow to guess")
         self.assertEqual(self.start("--store", path).decrypt(envelope, BOB)[0], 0)
 
     def test_a_failing_store_refuses_whole_requests(self):
@@ -598,6 +679,15 @@ class Store(DaemonTest):
             held.execute(statement)
             self.assertEqual(client.decrypt(envelope, BOB)[0], status)
             self.assertEqual(client.call("ST")[0], 0)
+
+
+class Program(unittest.TestCase):
+    def test_it_is_written_for_python_3_9(self):
+        with zipfile.ZipFile(STANDIN) as program:
+            modules = [name for name in program.namelist() if name.endswith(".py")]
+            self.assertIn("__main__.py", modules)
+            for name in modules:
+                ast.parse(program.read(name), name, feature_version=(3, 9))
 
 
 class Lifecycle(DaemonTest):
@@ -659,5 +749,5 @@ class Lifecycle(DaemonTest):
 
 if __name__ == "__main__":
     if not STANDIN:
-        raise SystemExit("wire_test.py: TARN_STANDIN does not name the tarn-standin binary")
+        raise SystemExit("wire_test.py: TARN_STANDIN does not name tarn-standin")
     unittest.main()

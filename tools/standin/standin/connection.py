@@ -1,0 +1,68 @@
+"""A client's connection. Its operations wait, for the idle limit at the longest."""
+
+from __future__ import annotations
+
+import os
+import select
+import socket
+import struct
+
+_BLOCK = 1 << 16
+
+
+class ConnectionLost(Exception):
+    """The client sends nothing, takes nothing, or is gone."""
+
+
+class Connection:
+    def __init__(self, client: socket.socket, number: int, idle: int) -> None:
+        self.number = number
+        self._socket = client
+        self._idle = idle
+        client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+        client.settimeout(idle or None)
+
+    def read(self) -> bytes:
+        """What has come; nothing at the end, or when the client is gone."""
+        try:
+            return self._socket.recv(_BLOCK)
+        except socket.timeout:
+            raise ConnectionLost(f"nothing came for {self._idle} seconds") from None
+        except OSError:
+            return b""
+
+    def send(self, frame: bytes) -> None:
+        rest = memoryview(frame)
+        try:
+            while rest:
+                rest = rest[self._socket.send(rest):]
+        except socket.timeout:
+            raise ConnectionLost("the client does not take its reply") from None
+        except OSError as error:
+            raise ConnectionLost(error.strerror) from None
+
+    def wait_while_open(self, seconds: float) -> None:
+        """As long as the client stays, where the system tells that, and the daemon goes on."""
+        hang_up = getattr(select, "POLLRDHUP", 0)
+        if hang_up:
+            poll = select.poll()
+            poll.register(self._socket, hang_up)
+            poll.poll(seconds * 1000)
+        else:
+            select.select([], [], [self._socket], seconds)
+
+    def reset_at_close(self) -> None:
+        """The closing will look like a lost connection: a client that waits for a reply waits on after an orderly
+        end."""
+        linger = struct.pack("hh" if os.name == "nt" else "ii", 1, 0)
+        self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, linger)
+
+    def close(self) -> None:
+        self._socket.close()
+
+    def end(self, direction: int) -> None:
+        """Called by another thread: what is under way in this direction fails."""
+        try:
+            self._socket.shutdown(direction)
+        except OSError:
+            pass  # it is over already

@@ -1,0 +1,41 @@
+"""ST and SD: tells how the daemon is, and stops it."""
+
+from __future__ import annotations
+
+import os
+
+from .commands import command
+from .context import Context
+from .exchange import Reply, Request, done
+from .keyserver import VERSION
+from .status import Status
+from .wire import Long
+
+_BUILD_NUMBER = 7
+
+
+@command("ST", {}, uses_store=False)
+def daemon_status(_: Request, context: Context) -> Reply:
+    encryptions, decryptions = context.encryptions, context.decryptions
+    memory = _memory("SC_PHYS_PAGES")
+    return Reply(Status.OK, "running", {
+        "v ": VERSION, "bn": _BUILD_NUMBER, "bt": Long(context.started),
+        "ct": context.connections_total, "ca": context.connections_open,
+        "mf": Long(_memory("SC_AVPHYS_PAGES")), "mt": Long(memory), "mm": Long(memory),
+        "bs": Long(context.encrypted), "bf": Long(context.encryptions_failed),
+        "ss": Long(decryptions.count), "sa": decryptions.mean, "sd": decryptions.deviation,
+        "es": Long(encryptions.count), "ea": encryptions.mean, "ed": encryptions.deviation,
+    })
+
+
+def _memory(pages: str) -> int:
+    """Bytes of the machine; 0 where the system does not tell."""
+    if pages not in getattr(os, "sysconf_names", {}):
+        return 0
+    return os.sysconf(pages) * os.sysconf("SC_PAGESIZE")
+
+
+@command("SD", {}, uses_store=False)
+def stop_daemon(_: Request, context: Context) -> Reply:
+    context.stopping.set()
+    return done("stopping")
