@@ -6,7 +6,7 @@ from enum import IntEnum
 from typing import NamedTuple
 
 from .passwords import hash_password, random_id, verify_password
-from .status import Refusal, Status
+from .status import Refusal, Status, demand
 from .store import Store
 from .texts import now_millis
 
@@ -27,18 +27,22 @@ class Account(NamedTuple):
     blocked_until: int
 
 
+# With their passwords hashed beforehand: everybody may know them, and hashing would take most of the daemon's start.
 _READY_MADE = [
-    ("alice@example.com", "Alice", "en", "wonderland", State.ACTIVE),
-    ("bob@example.com", "Bob", "de", "builder", State.ACTIVE),
-    ("carol@example.com", "Carol", "fr", "caravan", State.ACTIVE),
-    ("dave@example.com", "Dave", "en", "doorstop", State.DISABLED),
+    ("alice@example.com", "Alice", "en", State.ACTIVE,  # wonderland
+     "$scrypt$16384$8$1$e4132d37aa7dc7d89e929d6f65ac6252$0c45a2f0f767b57970aff542f226623f"),
+    ("bob@example.com", "Bob", "de", State.ACTIVE,  # builder
+     "$scrypt$16384$8$1$cbf5f2f7f53f7a6fc7b4150a061df940$4ec8df160d0a573054659b7028695d2b"),
+    ("carol@example.com", "Carol", "fr", State.ACTIVE,  # caravan
+     "$scrypt$16384$8$1$bdfdfd5cc141d2d03be7ed4e843d357b$24e5c7dfc1aeda2beebe483031cf14f7"),
+    ("dave@example.com", "Dave", "en", State.DISABLED,  # doorstop
+     "$scrypt$16384$8$1$888b0e18c1ff063b3355bca130251025$2f10d25a51c11a32940b6d37b975d2a3"),
 ]
 
 
 def add_ready_made(store: Store) -> None:
-    for address, name, locale, password, state in _READY_MADE:
-        store.execute("INSERT INTO accounts (address, name, locale, password, state) VALUES (?, ?, ?, ?, ?)", address,
-                      name, locale, hash_password(password), state)
+    for account in _READY_MADE:
+        store.execute("INSERT INTO accounts (address, name, locale, state, password) VALUES (?, ?, ?, ?, ?)", *account)
 
 
 class Accounts:
@@ -57,10 +61,9 @@ class Accounts:
         account = self.find(address)
         if account is None:
             raise Refusal(Status.NOT_ENROLLED, "there is no account of this address: it can be enrolled")
-        if account.state == State.UNCONFIRMED:
-            raise Refusal(Status.ENROLLMENT_UNFINISHED, "the enrollment of this address is not confirmed yet")
-        if account.state == State.DISABLED:
-            raise Refusal(Status.ACCOUNT_DISABLED, "the account is disabled")
+        demand(account.state != State.UNCONFIRMED, Status.ENROLLMENT_UNFINISHED,
+               "the enrollment of this address is not confirmed yet")
+        demand(account.state != State.DISABLED, Status.ACCOUNT_DISABLED, "the account is disabled")
         wait = account.blocked_until - now_millis()
         if wait > 0:
             seconds = (wait + 999) // 1000
@@ -78,8 +81,7 @@ class Accounts:
 
     def authenticate_owner(self, address: str, password: str) -> None:
         """As authenticate, of the sender of tracked messages."""
-        if not password:
-            raise Refusal(Status.PASSWORD_NEEDED, "the password of the sender is needed")
+        demand(password, Status.PASSWORD_NEEDED, "the password of the sender is needed")
         self.authenticate(address, password)
 
     def owners(self, addresses: list[str], password: str) -> list[str]:

@@ -1,7 +1,5 @@
 """What each request may carry, and who answers it: every handler registers itself here."""
 
-from __future__ import annotations
-
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Callable
 
@@ -20,6 +18,7 @@ class Rule:
     """What a parameter holds, and how much of it the handlers take."""
 
     decode: Callable[[bytes], Value]
+    default: Value = ""  # what a parameter that did not come reads as
     max_size: int = limits.TEXT
     size: int = 0  # of a value that has always the same
     repeats: bool = False
@@ -32,14 +31,14 @@ def _flag(data: bytes) -> bool:
 
 
 TEXT = Rule(to_text)
-STATUS_MESSAGE = Rule(to_text, limits.STATUS_MESSAGE)
-SECRET = Rule(lambda data: Secret(to_text(data)), limits.PASSWORD)
+STATUS_MESSAGE = Rule(to_text, max_size=limits.STATUS_MESSAGE)
+SECRET = Rule(lambda data: Secret(to_text(data)), max_size=limits.PASSWORD)
 RECIPIENT = Rule(to_text, repeats=True)
-DATA = Rule(bytes, limits.REQUEST)
-MAP = Rule(decode_map)
-FLAG = Rule(_flag, size=1)
-INT = Rule(lambda data: int.from_bytes(data, "big", signed=True), size=4)
-LONG = Rule(lambda data: Long(int.from_bytes(data, "big", signed=True)), size=8)
+DATA = Rule(bytes, b"", limits.REQUEST)
+MAP = Rule(decode_map, {})
+FLAG = Rule(_flag, False, size=1)
+INT = Rule(lambda data: int.from_bytes(data, "big", signed=True), 0, size=4)
+LONG = Rule(lambda data: Long(int.from_bytes(data, "big", signed=True)), 0, size=8)
 
 
 @dataclass(frozen=True)

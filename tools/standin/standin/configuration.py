@@ -37,7 +37,7 @@ class Configuration:
 def named_configuration(request: Request, context: Context) -> Configuration:
     """What the file that a request names in 'ep' says; nothing when it names none. Anybody can ask for a file, so it
     has to be in the folder for such files."""
-    path = request.text("ep")
+    path = request["ep"]
     return _parse(_read(path, context.settings.config_dir)) if path else Configuration()
 
 
@@ -137,13 +137,13 @@ def _sender_problem(sender: str, context: Context) -> str:
 def verify_configuration(request: Request, context: Context) -> Reply:
     problems: dict[str, str] = {}
     status = Status.CONFIGURATION_WRONG
-    if request.text("ep"):
+    if request["ep"]:
         try:
             problems = _problems(named_configuration(request, context))
         except Refusal as refusal:
             problems["file"] = refusal.message
             status = refusal.status
-    sender_problem = _sender_problem(normal_address(request.text("fm")), context)
+    sender_problem = _sender_problem(normal_address(request["fm"]), context)
     if sender_problem:
         problems["sender"] = sender_problem
     if not problems:

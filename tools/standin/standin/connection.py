@@ -1,7 +1,5 @@
 """A client's connection. Its operations wait, for the idle limit at the longest."""
 
-from __future__ import annotations
-
 import os
 import select
 import socket
@@ -21,6 +19,9 @@ class Connection:
         self._idle = idle
         client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         client.settimeout(idle or None)
+
+    def __str__(self) -> str:
+        return f"connection {self.number}"
 
     def read(self) -> bytes:
         """What has come; nothing at the end, or when the client is gone."""

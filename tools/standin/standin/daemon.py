@@ -1,7 +1,5 @@
 """ST and SD: tells how the daemon is, and stops it."""
 
-from __future__ import annotations
-
 import os
 
 from .commands import command

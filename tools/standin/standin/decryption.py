@@ -1,7 +1,5 @@
 """DE: opens an envelope, or tells what that would need."""
 
-from __future__ import annotations
-
 import re
 
 from .accounts import enrollment_link
@@ -11,7 +9,7 @@ from .context import Context
 from .exchange import Reply, Request, done
 from .messages import Message
 from .mime import Item, split_mime
-from .status import Refusal, Status
+from .status import Refusal, Status, demand
 from .texts import normal_address, now_millis
 from .wire import Secret, Value, encode_parameters
 
@@ -22,10 +20,10 @@ _SENSITIVITY_UNKNOWN = -1
 def open_envelope(request: Request, context: Context) -> Reply:
     try:
         named_configuration(request, context)
-        message = context.messages.of_envelope(request.data("en"))
+        message = context.messages.of_envelope(request["en"])
     except Refusal as refusal:
         return Reply(refusal.status, refusal.message, {"ms": _SENSITIVITY_UNKNOWN})
-    if request.flag("po") and not any(tag in request for tag in ("ky", "to", "sk")):
+    if request["po"] and not any(tag in request for tag in ("ky", "to", "sk")):
         return done("the recipients of the message", id=message.id, ms=message.sensitivity,
                     tr=message.addresses_of("to"), tc=message.addresses_of("cc"))
     return _Opening(request, context, message).run()
@@ -39,13 +37,13 @@ class _Opening:
         self._accounts = context.accounts
         self._messages = context.messages
         self._message = message
-        self._password = request.text("ky")
-        self._who = normal_address(request.text("to"))
+        self._password = request["ky"]
+        self._who = normal_address(request["to"])
 
     def run(self) -> Reply:
         authenticated = by_key = self._identify_by_key()
         try:
-            if not by_key and self._request.text("sk") and not self._password:
+            if not by_key and self._request["sk"] and not self._password:
                 raise Refusal(Status.SESSION_KEY_INVALID, "the session key is not valid or has expired")
             if not self._who:
                 self._identify_by_password()
@@ -64,7 +62,7 @@ class _Opening:
         return self._open()
 
     def _identify_by_key(self) -> bool:
-        key = self._request.text("sk")
+        key = self._request["sk"]
         holder = self._messages.key_holder(self._message.id, key) if key else None
         if holder is None or self._who not in ("", holder):
             return False
@@ -72,38 +70,32 @@ class _Opening:
         return True
 
     def _identify_by_password(self) -> None:
-        if not self._password:
-            raise Refusal(Status.PASSWORD_NEEDED, "a password is needed")
+        demand(self._password, Status.PASSWORD_NEEDED, "a password is needed")
         candidates = dict.fromkeys([*self._message.recipients, self._message.sender])
         owners = self._accounts.owners(list(candidates), self._password)
-        if not owners:
-            raise Refusal(Status.WRONG_PASSWORD, "the password is that of no recipient, nor the sender's")
+        demand(owners, Status.WRONG_PASSWORD, "the password is that of no recipient, nor the sender's")
         self._who = owners[0]
 
     def _demand_access(self) -> None:
         """Whether the message is meant for the asker, and still open to him."""
         tracking = self._messages.tracking(self._message.id, self._who)
         if tracking is None:
-            if self._who != self._message.sender:
-                raise Refusal(Status.NOT_A_RECIPIENT, "the message is not for this address")
+            demand(self._who == self._message.sender, Status.NOT_A_RECIPIENT, "the message is not for this address")
             return
-        if tracking.locked and tracking.status_message:
-            raise Refusal(Status.LOCKED_WITH_MESSAGE, tracking.status_message)
-        if tracking.locked:
-            raise Refusal(Status.LOCKED, "the sender has locked the message")
-        if tracking.expires != 0 and tracking.expires <= now_millis():
-            raise Refusal(Status.EXPIRED, "the message has expired")
+        demand(not (tracking.locked and tracking.status_message), Status.LOCKED_WITH_MESSAGE, tracking.status_message)
+        demand(not tracking.locked, Status.LOCKED, "the sender has locked the message")
+        demand(not 0 < tracking.expires <= now_millis(), Status.EXPIRED, "the message has expired")
 
     def _authenticate(self) -> None:
         """Without a password, what is needed is the answer."""
         if self._password:
             self._accounts.authenticate(self._who, self._password)
-        elif self._messages.is_kept_open(self._message.id, self._who):
-            raise Refusal(Status.SESSION_KEY_ALIVE, "the message is kept open: its session key or the password opens it")
-        elif self._who == self._message.sender:
-            raise Refusal(Status.ASKED_BY_SENDER, "this address sent the message: its own password opens it")
-        else:
-            raise Refusal(Status.PASSWORD_NEEDED, "a password is needed")
+            return
+        demand(not self._messages.is_kept_open(self._message.id, self._who), Status.SESSION_KEY_ALIVE,
+               "the message is kept open: its session key or the password opens it")
+        demand(self._who != self._message.sender, Status.ASKED_BY_SENDER,
+               "this address sent the message: its own password opens it")
+        raise Refusal(Status.PASSWORD_NEEDED, "a password is needed")
 
     def _refuse(self, refusal: Refusal) -> Reply:
         reply = Reply.to_refusal(refusal)
@@ -117,7 +109,7 @@ class _Opening:
         message = self._message
         self._messages.note_opened(message.id, self._who)
         items = split_mime(self._messages.mime_of(message.id)).items
-        key = self._messages.keep_open(message.id, self._who) if self._request.flag("po") else ""
+        key = self._messages.keep_open(message.id, self._who) if self._request["po"] else ""
         return done(f"opened for {self._who}", id=message.id, ms=message.sensitivity, ku=Secret(key),
                     ec=message.configuration, fm=message.sender, sj=message.subject,
                     tr=message.addresses_of("to"), tc=message.addresses_of("cc"), da=[_entry(item) for item in items])

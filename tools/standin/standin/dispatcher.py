@@ -1,7 +1,5 @@
 """Answers requests, one at a time and each in one transaction where it uses the store."""
 
-from __future__ import annotations
-
 import time
 
 from .commands import COMMANDS

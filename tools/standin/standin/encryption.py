@@ -1,7 +1,5 @@
 """BE: takes a message and makes its envelope."""
 
-from __future__ import annotations
-
 from . import limits
 from .commands import DATA, MAP, RECIPIENT, TEXT, command
 from .configuration import named_configuration
@@ -23,12 +21,12 @@ _DEFAULT_CONFIGURATION = {"external.secure.url": "http://127.0.0.1/", "hostname"
 @command("BE", {"tc": TEXT, "sl": MAP, "fm": TEXT, "to": RECIPIENT, "cc": RECIPIENT, "bc": RECIPIENT, "ec": MAP,
                 "ep": TEXT, "mm": DATA})
 def build_envelope(request: Request, context: Context) -> Reply:
-    sender = normal_address(request.text("fm"))
+    sender = normal_address(request["fm"])
     demand(is_address(sender), Status.BAD_VALUE, "the sender is not an e-mail address")
     _demand_session(request, sender, context)
     recipients = _recipients(request)
     configuration = _configuration(request, context)
-    mime = request.data("mm")
+    mime = request["mm"]
     split = split_mime(mime)
     message = Message(random_id(), sender, split.subject, split.sensitivity, configuration, recipients)
     demand_at_most(limits.SUBJECT, len(encode(message.subject)), "bytes of subject")
@@ -45,7 +43,7 @@ def _demand_session(request: Request, sender: str, context: Context) -> None:
     """A configuration given with the request replaces the login, as in a reply to a received envelope."""
     if "ec" in request:
         return
-    token = request.map("sl").get("token")
+    token = request["sl"].get("token")
     demand(token is not None, Status.NO_SESSION, "neither a login session nor an envelope configuration came")
     user = context.accounts.session_user(token)
     demand(user, Status.NO_SESSION, "the login session is unknown or has expired: log in again")
@@ -55,7 +53,7 @@ def _demand_session(request: Request, sender: str, context: Context) -> None:
 def _recipients(request: Request) -> dict[str, str]:
     recipients: dict[str, str] = {}
     for kind in ("to", "cc", "bc"):
-        for text in request.texts(kind):
+        for text in request.all(kind):
             address = normal_address(text)
             if address:
                 demand(is_address(address), Status.BAD_VALUE, f'the recipient "{text}" is not an e-mail address')
@@ -66,7 +64,7 @@ def _recipients(request: Request) -> dict[str, str]:
 
 
 def _configuration(request: Request, context: Context) -> dict[str, str]:
-    configuration = {**named_configuration(request, context).values, **request.map("ec")} or _DEFAULT_CONFIGURATION
+    configuration = {**named_configuration(request, context).values, **request["ec"]} or _DEFAULT_CONFIGURATION
     demand_at_most(limits.CONFIGURATION, len(encode(configuration)), "bytes of configuration")
     return configuration
 

@@ -1,7 +1,5 @@
 """EP and EU: enrolls a user, with a form and a confirmation."""
 
-from __future__ import annotations
-
 from . import limits
 from .accounts import State
 from .commands import INT, MAP, SECRET, TEXT, command
@@ -28,12 +26,12 @@ _QUESTIONS = {
 
 @command("EP", {"tc": TEXT, "ec": MAP, "ea": TEXT, "ul": TEXT}, uses_store=False)
 def enrollment_parameters(request: Request, _: Context) -> Reply:
-    address = normal_address(request.text("ea"))
+    address = normal_address(request["ea"])
     demand(is_address(address), Status.BAD_VALUE, "the address to enroll is not an e-mail address")
     # Two domains show the other forms: one whose users sign on elsewhere, one whose users enroll with one click.
     single_sign_on = address.endswith("@sso.example.com")
     one_click = address.endswith("@oneclick.example.com")
-    questions = _QUESTIONS.get(language_of(request.text("ul")).locale, _QUESTIONS["en"])
+    questions = _QUESTIONS.get(language_of(request["ul"]).locale, _QUESTIONS["en"])
     return done("enrollment parameters", su=int(single_sign_on), ou=int(one_click),
                 qn=0 if single_sign_on or one_click else len(_QUESTIONS_TO_ANSWER), qe=1,
                 al={locale: language.name for locale, language in LANGUAGES.items()},
@@ -43,34 +41,34 @@ def enrollment_parameters(request: Request, _: Context) -> Reply:
 @command("EU", {"tc": TEXT, "ec": MAP, "ea": TEXT, "fn": TEXT, "ln": TEXT, "pw": SECRET, "pc": TEXT, "es": TEXT,
                 "ul": TEXT, "or": INT, "el": INT, "zo": INT, "pp": SECRET, "pe": INT, "qa": MAP})
 def enroll_user(request: Request, context: Context) -> Reply:
-    address = normal_address(request.text("ea"))
+    address = normal_address(request["ea"])
     if not is_address(address):
         return _refuse(request, {"emailAddress": "is not an e-mail address"})
     account = context.accounts.find(address)
     if account and account.state != State.UNCONFIRMED:
         return Reply(Status.ACCOUNT_EXISTS, "this address has an account already",
-                     {"el": request.number("el"), "ve": {"emailAddress": "has an account already"}})
-    if not context.accounts.is_enrollment_id(request.text("pc").strip(BLANKS), address):
+                     {"el": request["el"], "ve": {"emailAddress": "has an account already"}})
+    if not context.accounts.is_enrollment_id(request["pc"].strip(BLANKS), address):
         return _refuse(request, {"enrollUuid": "is not the enrollment id given out for this address"})
-    if request.number("el") == _FORM_STAGE:
+    if request["el"] == _FORM_STAGE:
         return _take_form(request, address, context)
-    if request.number("el") == _CONFIRM_STAGE:
+    if request["el"] == _CONFIRM_STAGE:
         return _confirm(request, address, context)
     return _refuse(request, {"enrollmentStage": "is neither 0 nor 1"})
 
 
 def _refuse(request: Request, problems: dict[str, str], what: str = "the form") -> Reply:
     told = "; ".join(f"{name} {problem}" for name, problem in sorted(problems.items()))
-    return Reply(Status.FORM_REFUSED, f"{what} is refused: {told}", {"el": request.number("el"), "ve": problems})
+    return Reply(Status.FORM_REFUSED, f"{what} is refused: {told}", {"el": request["el"], "ve": problems})
 
 
 def _take_form(request: Request, address: str, context: Context) -> Reply:
     problems = _form_problems(request)
     if problems:
         return _refuse(request, problems)
-    name = " ".join(request.text(tag).strip(BLANKS) for tag in ("fn", "ln"))
+    name = " ".join(request[tag].strip(BLANKS) for tag in ("fn", "ln"))
     answers = {question: answer for question, answer in _security_questions(request).values() if question and answer}
-    context.accounts.enroll(address, name, language_of(request.text("ul")).locale, request.text("pw"), answers)
+    context.accounts.enroll(address, name, language_of(request["ul"]).locale, request["pw"], answers)
     return done("the form is accepted; the enrollment is to be confirmed", el=_CONFIRM_STAGE,
                 ve={"account": "unconfirmed", "emailAddress": address, "enrollmentStage": "1"})
 
@@ -79,7 +77,7 @@ def _confirm(request: Request, address: str, context: Context) -> Reply:
     account = context.accounts.find(address)
     if account is None:
         return _refuse(request, {"enrollmentStage": "comes before the form was accepted"}, "the enrollment")
-    if not verify_password(request.text("pw"), account.password):
+    if not verify_password(request["pw"], account.password):
         return _refuse(request, {"password": "is not that of the accepted form"}, "the enrollment")
     context.accounts.confirm(address)
     return done("the account is active", el=_DONE_STAGE,
@@ -88,20 +86,20 @@ def _confirm(request: Request, address: str, context: Context) -> Reply:
 
 def _security_questions(request: Request) -> dict[str, tuple[str, str]]:
     """The questions of the form and their answers, by their numbers in it."""
-    form = {key: value.strip(BLANKS) for key, value in request.map("qa").items()}
+    form = {key: value.strip(BLANKS) for key, value in request["qa"].items()}
     return {number: (form.get(f"securityQuestion{number}", ""), form.get(f"securityAnswer{number}", ""))
             for number in _QUESTIONS_TO_ANSWER}
 
 
 def _form_problems(request: Request) -> dict[str, str]:
-    sender = normal_address(request.text("es"))
+    sender = normal_address(request["es"])
     problems = {
-        "firstName": _missing(request.text("fn")),
-        "lastName": _missing(request.text("ln")),
-        "password": _password_problem(request.text("pw")),
+        "firstName": _missing(request["fn"]),
+        "lastName": _missing(request["ln"]),
+        "password": _password_problem(request["pw"]),
         "senderEmailAddress": "" if not sender or is_address(sender) else "is not an e-mail address",
     }
-    questions_demanded = request.number("or") == 0
+    questions_demanded = request["or"] == 0
     asked: set[str] = set()
     for number, (question, answer) in _security_questions(request).items():
         problems[f"securityAnswer{number}"] = _secret_problem(answer)

@@ -1,7 +1,5 @@
 """The envelope: an HTML document that refers to a stored message by its id. Nothing in it is encrypted."""
 
-from __future__ import annotations
-
 import zlib
 
 from .languages import escape_html

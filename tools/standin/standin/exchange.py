@@ -14,31 +14,20 @@ from .wire import Long, Short, Value, to_bytes, to_text
 class Request:
     """A whole, well-formed request. A parameter that did not come reads as empty, zero or false."""
 
-    def __init__(self, code: str, parameters: list[tuple[str, Value]]) -> None:
+    def __init__(self, code: str, parameters: list[tuple[str, Value]], defaults: dict[str, Any]) -> None:
         self.code = code
         self.parameters = parameters
-        self._values: dict[str, Any] = dict(reversed(parameters))  # the first one where a tag repeats
+        self._values = {**defaults, **dict(parameters)}
 
     def __contains__(self, tag: str) -> bool:
-        return tag in self._values
+        return any(tag == other for other, _ in self.parameters)
 
-    def text(self, tag: str) -> str:
-        return self._values.get(tag, "")
+    def __getitem__(self, tag: str) -> Any:
+        return self._values[tag]
 
-    def texts(self, tag: str) -> list[str]:
-        return [value for other, value in self.parameters if other == tag and isinstance(value, str)]
-
-    def data(self, tag: str) -> bytes:
-        return self._values.get(tag, b"")
-
-    def flag(self, tag: str) -> bool:
-        return self._values.get(tag, False)
-
-    def number(self, tag: str) -> int:
-        return self._values.get(tag, 0)
-
-    def map(self, tag: str) -> dict[str, str]:
-        return dict(self._values.get(tag, {}))
+    def all(self, tag: str) -> list[Any]:
+        """The values of a tag that repeats."""
+        return [value for other, value in self.parameters if other == tag]
 
 
 @dataclass

@@ -1,7 +1,5 @@
 """LS, KV and LT: logs in, and tells what the key server can do and which texts it has."""
 
-from __future__ import annotations
-
 from .accounts import enrollment_link
 from .commands import SECRET, TEXT, command
 from .configuration import named_configuration
@@ -28,10 +26,10 @@ _FEATURES = {
 @command("LS", {"tc": TEXT, "to": TEXT, "ky": SECRET, "ep": TEXT})
 def log_in(request: Request, context: Context) -> Reply:
     named_configuration(request, context)
-    user = normal_address(request.text("to"))
+    user = normal_address(request["to"])
     demand(is_address(user), Status.BAD_VALUE, "the user name is not an e-mail address")
     try:
-        context.accounts.authenticate(user, request.text("ky"))
+        context.accounts.authenticate(user, request["ky"])
     except Refusal as refusal:
         if refusal.status not in (Status.NOT_ENROLLED, Status.ENROLLMENT_UNFINISHED):
             raise

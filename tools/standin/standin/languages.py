@@ -1,7 +1,5 @@
 """The texts around an envelope, in several languages."""
 
-from __future__ import annotations
-
 import html
 import re
 from dataclasses import dataclass

@@ -1,7 +1,5 @@
 """Standard output and standard error."""
 
-from __future__ import annotations
-
 import io
 import os
 import sys

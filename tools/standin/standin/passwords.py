@@ -1,7 +1,5 @@
 """Hashes of passwords, and texts that nobody guesses."""
 
-from __future__ import annotations
-
 import hashlib
 import hmac
 import secrets
@@ -23,7 +21,7 @@ def verify_password(password: str, stored: str) -> bool:
 
 
 def _key(password: str, salt: bytes, cost: int, blocks: int, lanes: int) -> bytes:
-    return hashlib.scrypt(to_bytes(password), salt=salt, n=cost, r=blocks, p=lanes, maxmem=1 << 26, dklen=32)
+    return hashlib.scrypt(to_bytes(password), salt=salt, n=cost, r=blocks, p=lanes, maxmem=1 << 26, dklen=16)
 
 
 def random_id() -> str:

@@ -33,7 +33,8 @@ class RequestReader:
         code = self._take_tag()
         if code not in COMMANDS:
             raise WireError(2, f"unknown command {tag_name(code)}")
-        request = Request(code, self._take_parameters(code, COMMANDS[code]))
+        defaults = {tag: rule.default for tag, rule in COMMANDS[code].rules.items()}
+        request = Request(code, self._take_parameters(code, COMMANDS[code]), defaults)
         computed, at = self._crc, self._offset
         received = int.from_bytes(self._take(4), "big")
         if received != computed:

@@ -115,12 +115,12 @@ class Server:
         try:
             self._answer_requests(connection)
         except WireError as error:
-            self._complain(connection, f"bad request, byte {error.offset}: {error}")
+            complain(f"{connection}: bad request, byte {error.offset}: {error}; closed")
         except ConnectionLost as error:
             connection.reset_at_close()
-            self._complain(connection, str(error))
+            complain(f"{connection}: {error}; closed")
         except Exception as error:  # a fault of this program, which must not end it
-            self._complain(connection, f"{type(error).__name__}: {error}")
+            complain(f"{connection}: {type(error).__name__}: {error}; closed")
         finally:
             self._forget(connection)
 
@@ -132,7 +132,7 @@ class Server:
             request = reader.next()
             if request is None or stopping.is_set():
                 return
-            self._trace.request(connection.number, request.code, request.parameters)
+            self._trace.print(connection.number, "->", request.code, request.parameters)
             if replies == settings.reset_after:
                 connection.reset_at_close()
                 return
@@ -140,12 +140,8 @@ class Server:
             parameters = dispatch(request, self._context).parameters()
             if settings.delay:
                 connection.wait_while_open(settings.delay)
-            self._trace.reply(connection.number, request.code, parameters)
+            self._trace.print(connection.number, "<-", request.code, parameters)
             connection.send(encode_frame(request.code, parameters))
-
-    @staticmethod
-    def _complain(connection: Connection, text: str) -> None:
-        complain(f"connection {connection.number}: {text}; closed")
 
     def _forget(self, connection: Connection) -> None:
         with self._changed:

@@ -1,7 +1,5 @@
 """The statuses of replies, and how a request is refused."""
 
-from __future__ import annotations
-
 from enum import IntEnum
 
 

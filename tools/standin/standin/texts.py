@@ -1,7 +1,5 @@
 """What is done with texts and times in many places."""
 
-from __future__ import annotations
-
 import string
 import time
 

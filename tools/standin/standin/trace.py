@@ -19,13 +19,7 @@ class Trace:
         self._on = on
         self._lock = threading.Lock()
 
-    def request(self, connection: int, code: str, parameters: Iterable[tuple[str, Value]]) -> None:
-        self._print(connection, "->", code, parameters)
-
-    def reply(self, connection: int, code: str, parameters: Iterable[tuple[str, Value]]) -> None:
-        self._print(connection, "<-", code, parameters)
-
-    def _print(self, connection: int, arrow: str, code: str, parameters: Iterable[tuple[str, Value]]) -> None:
+    def print(self, connection: int, arrow: str, code: str, parameters: Iterable[tuple[str, Value]]) -> None:
         if not self._on:
             return
         values = "".join(f" {tag}={_shown(value)}" for tag, value in parameters)

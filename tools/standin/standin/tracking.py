@@ -1,7 +1,5 @@
 """MI and SI: tells and changes what is tracked of the recipients of messages."""
 
-from __future__ import annotations
-
 from typing import Any, NamedTuple
 
 from .commands import DATA, FLAG, INT, LONG, MAP, SECRET, STATUS_MESSAGE, TEXT, command
@@ -56,23 +54,23 @@ def _field(name: str) -> _Field:
 def message_information(request: Request, context: Context) -> Reply:
     named_configuration(request, context)
     if "en" in request:
-        message = context.messages.of_envelope(request.data("en"))
-        context.accounts.authenticate_owner(message.sender, request.text("ky"))
+        message = context.messages.of_envelope(request["en"])
+        context.accounts.authenticate_owner(message.sender, request["ky"])
         rows = context.store.rows(f"{_SELECT} WHERE m.id = ? ORDER BY r.serial", message.id)
         return _records(rows, message.id, 0, len(rows))
     return _records_of_sender(request, context)
 
 
 def _records_of_sender(request: Request, context: Context) -> Reply:
-    sender = normal_address(request.text("fm"))
+    sender = normal_address(request["fm"])
     demand(sender, Status.MISSING, "neither an envelope nor a user name came")
-    field = _field(request.text("sf") or "createDate")
-    context.accounts.authenticate_owner(sender, request.text("ky"))
+    field = _field(request["sf"] or "createDate")
+    context.accounts.authenticate_owner(sender, request["ky"])
     total = context.store.value(f"SELECT count(*) {_TABLES} WHERE m.sender = ?", sender)
     # Start and size of the page are unsigned numbers on the caller's side.
-    start, size = (request.number(tag) & 0xFFFFFFFF for tag in ("si", "mx"))
+    start, size = (request[tag] & 0xFFFFFFFF for tag in ("si", "mx"))
     collation = " COLLATE NOCASE" if field.is_text else ""
-    direction = "ASC" if request.flag("as") else "DESC"
+    direction = "ASC" if request["as"] else "DESC"
     rows = context.store.rows(f"{_SELECT} WHERE m.sender = ? ORDER BY {field.expression}{collation} {direction},"
                               " r.serial LIMIT ? OFFSET ?", sender, size, start)
     return _records(rows, "", start, total)
@@ -103,7 +101,7 @@ class _Selection:
                 "sm": STATUS_MESSAGE, "ed": LONG})
 def set_information(request: Request, context: Context) -> Reply:
     named_configuration(request, context)
-    demand(request.number("ed") >= 0, Status.BAD_VALUE, "the expiry date lies before 1970")
+    demand(request["ed"] >= 0, Status.BAD_VALUE, "the expiry date lies before 1970")
     find = _records_of_map if "ri" in request else _record_of_recipient
     count = _change(request, context, find(request, context))
     demand(count, Status.NOTHING_MATCHED, "no tracking record matches")
@@ -111,16 +109,16 @@ def set_information(request: Request, context: Context) -> Reply:
 
 
 def _record_of_recipient(request: Request, context: Context) -> _Selection:
-    recipient = normal_address(request.text("to"))
+    recipient = normal_address(request["to"])
     demand(recipient, Status.MISSING, "no recipient came")
-    message = context.messages.of_envelope(request.data("en"))
-    context.accounts.authenticate_owner(message.sender, request.text("ky"))
+    message = context.messages.of_envelope(request["en"])
+    context.accounts.authenticate_owner(message.sender, request["ky"])
     return _Selection({"msgId": message.id, "to": recipient})
 
 
 def _records_of_map(request: Request, context: Context) -> _Selection:
     """No user name comes with the map: the password says whose records are meant."""
-    wanted, password = request.map("ri"), request.text("ky")
+    wanted, password = request["ri"], request["ky"]
     demand(wanted, Status.MISSING, "no field says which records to change")
     selection = _Selection(wanted)
     senders = [row[0] for row in context.store.rows(f"SELECT DISTINCT m.sender {_TABLES} WHERE {selection.condition}",
@@ -141,11 +139,11 @@ def _records_of_map(request: Request, context: Context) -> _Selection:
 def _change(request: Request, context: Context, selection: _Selection) -> int:
     changes: dict[str, Any] = {"modified": now_millis()}
     if "ls" in request:
-        changes["locked"] = int(request.flag("ls"))
+        changes["locked"] = int(request["ls"])
     if "sm" in request:
-        changes["statusMessage"] = request.text("sm")
+        changes["statusMessage"] = request["sm"]
     if "ed" in request:
-        changes["expires"] = int(request.number("ed"))
+        changes["expires"] = int(request["ed"])
     assignments = ", ".join(f"{column} = ?" for column in changes)
     return context.store.execute(
         f"UPDATE recipients SET {assignments} WHERE serial IN (SELECT r.serial {_TABLES} WHERE {selection.condition})",
