@@ -10,7 +10,7 @@ from pathlib import Path
 from checks import ROOT, check, finish, output
 
 # Headers of these declare what shared libraries do, and leave no code in a binary.
-DECLARATIONS = {"libcrypt-dev", "libglib2.0-dev", "libgmime-3.0-dev", "libsqlite3-dev", "linux-libc-dev", "zlib1g-dev"}
+DECLARATIONS = {"linux-libc-dev"}
 
 
 def check_links(folder, name):
@@ -31,7 +31,7 @@ def compiled_in(build):
         elif shipped and line.strip().startswith("/"):
             # The cross builds have copies of the header-only packages.
             files.add(re.sub(r"^.*/tools/tarn/headers/", "/usr/include/", line.strip()))
-    programs = [f"bin/{program}" for program in ("tarn", "tarn-standin") if (build / "bin" / program).exists()]
+    programs = ["bin/tarn"] if (build / "bin/tarn").exists() else []
     files.update(re.findall(r"(?<= )/\S+\.a(?= )", output("ninja", "-C", str(build), "-t", "commands", *programs)))
     return {os.path.realpath(file) for file in files if not file.startswith((str(ROOT), str(build)))}
 
@@ -50,7 +50,7 @@ def newest(label, text):
 
 def check_needs(folder):
     page = (ROOT / "docs/embedding.md").read_text(encoding="utf-8")
-    for file in ("lib/libTarnRemoteClient.so", "bin/tarn", "bin/tarn-standin"):
+    for file in ("lib/libTarnRemoteClient.so", "bin/tarn"):
         text = output("objdump", "-p", str(folder / file))
         libraries = " ".join(sorted(re.findall(r"NEEDED +(\S+)", text)))
         row = f"| `{file}` | {newest('GLIBC', text)} | {newest('GLIBCXX', text)} | {libraries} |"

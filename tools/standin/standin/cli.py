@@ -63,7 +63,7 @@ def _answer(text: str) -> tuple[str, int]:
 
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
-        "tarn-standin", epilog=_EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter, allow_abbrev=False,
+        "tarn-standin", usage="%(prog)s [OPTIONS]", epilog=_EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter, allow_abbrev=False,
         description="A stand-in for the secure-mail daemon, for development and demonstration. It encrypts nothing.")
     option = parser.add_argument
     option("--store", metavar="FILE", type=_store_path,

@@ -15,7 +15,7 @@ _tarn()
   done
   # Each option, with the placeholder of its value.
   options=$("$program" ${command:+"$command"} --help 2>/dev/null |
-    sed -n 's/^  \(-[a-z],\)\{0,1\}\(--[a-z-]*\)\( [A-Z:]*\)\{0,1\}.*/\2\3/p')
+    sed -n 's/^  \(-[a-z], \{0,1\}\)\{0,1\}\(--[a-z-]*\)\( [A-Z:]*\)\{0,1\}.*/\2\3/p')
   placeholder=$(sed -n "s/^${previous//[^-a-z]/} //p" <<<"$options")
 
   local kind=(-f)
