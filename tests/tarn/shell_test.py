@@ -21,7 +21,7 @@ def help_of(program, *command):
 
 
 def options_in(text):
-    return set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", text, re.MULTILINE))
+    return set(re.findall(r"^  (?:-\w, ?)?(--[a-z-]+)", text, re.MULTILINE))
 
 
 def commands():
