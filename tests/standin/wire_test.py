@@ -431,7 +431,7 @@ class Encryption(DaemonTest):
         client = self.start()
         session = client.login()
         deep = b"".join(b"Content-Type: multipart/mixed; boundary=b%d\n\n--b%d\n" % (i, i) for i in range(20000))
-        for mime in (deep, b"Content-Type: message/rfc822\n\n" * 20000, b"A:" + bytes(range(256)) * 20 + b"\n\n"):
+        for mime in (deep, b"A: " + b";" * (20 << 20), b"Content-Type: message/rfc822\n\n" * 20000, b"A:" + bytes(range(256)) * 20 + b"\n\n"):
             self.assertIn(client.call("BE", sl=session, fm=ALICE, to=BOB, mm=mime)[0], (0, 108))
 
 

@@ -1,5 +1,6 @@
 """A client's connection. Its operations wait, for the idle limit at the longest."""
 
+import contextlib
 import os
 import select
 import socket
@@ -17,8 +18,9 @@ class Connection:
         self.number = number
         self._socket = client
         self._idle = idle
-        client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         client.settimeout(idle or None)
+        with contextlib.suppress(OSError):  # it is gone already, as in what follows
+            client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
 
     def __str__(self) -> str:
         return f"connection {self.number}"
@@ -56,14 +58,13 @@ class Connection:
         """The closing will look like a lost connection: a client that waits for a reply waits on after an orderly
         end."""
         linger = struct.pack("hh" if os.name == "nt" else "ii", 1, 0)
-        self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, linger)
+        with contextlib.suppress(OSError):
+            self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, linger)
 
     def close(self) -> None:
         self._socket.close()
 
     def end(self, direction: int) -> None:
         """Called by another thread: what is under way in this direction fails."""
-        try:
+        with contextlib.suppress(OSError):
             self._socket.shutdown(direction)
-        except OSError:
-            pass  # it is over already

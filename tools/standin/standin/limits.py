@@ -17,4 +17,5 @@ REQUEST = 256 << 20
 PARAMETERS = 100_000  # of a request
 MAP_ENTRIES = 100_000
 NESTING = 100  # multiparts within each other
+HEADER = 1 << 17  # of a MIME message or of one of its parts: a hostile one takes long to read
 CONNECTIONS = 64

@@ -87,6 +87,7 @@ def _leaves(source: bytes) -> Iterator[tuple[Message, bytes]]:
 def _split_head(data: bytes) -> tuple[Message, bytes]:
     found = _HEAD.match(data)
     assert found  # also nothing
+    demand(len(found[1]) <= limits.HEADER, Status.NOT_A_MESSAGE, "a header of the message is too large")
     return _PARSER.parsebytes(found[1]), data[found.end():]
 
 

@@ -11,6 +11,8 @@ def prepare() -> None:
     while descriptor <= 2:
         descriptor = os.open(os.devnull, os.O_RDWR)
     os.close(descriptor)
+    sys.stdout = sys.stdout or open(os.devnull, "w")
+    sys.stderr = sys.stderr or open(os.devnull, "w")
     for stream in (sys.stdout, sys.stderr):
         if isinstance(stream, io.TextIOWrapper):
             stream.reconfigure(encoding="utf-8", errors="backslashreplace")
