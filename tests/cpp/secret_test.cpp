@@ -8,6 +8,8 @@
 
 using namespace tarn;
 
+// AddressSanitizer has its heap elsewhere.
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
 namespace {
 
 constexpr std::size_t length = 80;
@@ -55,8 +57,6 @@ std::size_t occurrences()
 
 } // namespace
 
-// AddressSanitizer has its heap elsewhere.
-#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
 TEST(CppSecret, LeavesNoCopyInFreedMemory)
 {
     {

@@ -105,7 +105,7 @@ def _form_problems(request: Request) -> dict[str, str]:
         problems[f"securityAnswer{number}"] = _secret_problem(answer)
         if questions_demanded:
             problems[f"securityAnswer{number}"] += _missing(answer)
-            problems[f"securityQuestion{number}"] = _missing(question) or ("is asked twice" if question in asked else "")
+            problems[f"securityQuestion{number}"] = _missing(question) or "is asked twice" * (question in asked)
             asked.add(question)
     return {name: problem for name, problem in problems.items() if problem}
 

@@ -26,7 +26,8 @@ class Language:
         if sender:
             heads = f"<p>{escape_html(f'{self.sender}: {sender}')}<br>{escape_html(f'{self.subject}: {subject}')}</p>\n"
         return (f'<!DOCTYPE html>\n<html lang="{self.locale}" dir="{self.direction}">\n'
-                f'<head><meta charset="utf-8"></head>\n<body>\n{heads}<p>{escape_html(self.body)}</p>\n</body>\n</html>\n')
+                f'<head><meta charset="utf-8"></head>\n<body>\n{heads}<p>{escape_html(self.body)}</p>\n'
+                "</body>\n</html>\n")
 
 
 def escape_html(text: str) -> str:
