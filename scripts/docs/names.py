@@ -22,7 +22,7 @@ PRESETS = {preset["name"] for kind in ("configurePresets", "testPresets")
 @functools.cache
 def words():
     """Every word of the project's files but its documents."""
-    files = (name for name in tracked() if not name.endswith((".md", ".svg")) and not name.startswith("tests/docs/"))
+    files = (name for name in tracked() if not name.endswith((".md", ".svg")) and not name.startswith("scripts/docs/"))
     return frozenset(word for name in files for word in re.findall(rb"\w+", (ROOT / name).read_bytes()))
 
 
