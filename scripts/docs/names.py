@@ -40,7 +40,7 @@ def is_name(word):
 
 
 def settings(text):
-    return re.findall(r"\bTARN_\w+|\b[A-Z][A-Z_]{2,}(?==)", text)
+    return re.findall(r"\bTARN_\w+|(?<![-\w])[A-Z][A-Z_]{2,}(?==)", text)
 
 
 def cmake_settings(text):

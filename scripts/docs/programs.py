@@ -26,7 +26,7 @@ def options_of(*command):
 
 @functools.cache
 def subcommands():
-    listed = help_of(TOOLS["tarn"]).partition("\nSubcommands:\n")[2].partition("\n\n")[0]
+    listed = help_of(TOOLS["tarn"]).partition("\nCommands:\n")[2].partition("\n\n")[0]
     return re.findall(r"^  ([a-z-]+) ", listed, re.MULTILINE)
 
 
