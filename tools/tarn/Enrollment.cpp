@@ -120,7 +120,7 @@ void enroll(Context& context, const EnrollOptions& options)
     std::string text = printable(options.form.address) + " is enrolled.\n";
     for (const auto& [key, value] : result) {
         answers[key] = value;
-        text.append(printable(key + ": " + value)).append("\n");
+        text.append(printable(key)).append(": ").append(printable(value)).append("\n");
     }
     context.output.result(text, {{"address", options.form.address}, {"result", answers}});
 }
