@@ -14,12 +14,13 @@ import shutil
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import termios
 import time
 import unittest
 from pathlib import Path
+
+from programs import run_tests
 
 PORT = 53007
 TIME_LIMIT = 60
@@ -580,9 +581,4 @@ class WithoutDaemon(TarnTest):
 
 
 if __name__ == "__main__":
-    missing = [name for name in ("TARN", "TARN_STANDIN") if not os.path.isfile(os.environ.get(name, ""))]
-    if missing:
-        sys.exit(f"set {' and '.join(missing)} to the program's path")
-    for program in ("TARN", "TARN_STANDIN"):
-        os.environ[program] = os.path.abspath(os.environ[program])
-    unittest.main(verbosity=2)
+    run_tests("TARN", "TARN_STANDIN")

@@ -16,6 +16,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "standin"))
 from cli_test import ALICE, BOB, CAROL, PORT, TIME_LIMIT, TarnTest  # noqa: E402
+from programs import run_tests  # noqa: E402
 from wire import frame, parameter, sized  # noqa: E402
 
 DELIMITER = "{plugin_delimiter}"
@@ -175,7 +176,4 @@ class AgainstAHostileDaemon(TarnTest):
 
 
 if __name__ == "__main__":
-    if not os.path.isfile(os.environ.get("TARN", "")):
-        sys.exit("set TARN to the program's path")
-    os.environ["TARN"] = os.path.abspath(os.environ["TARN"])
-    unittest.main(verbosity=2)
+    run_tests("TARN")

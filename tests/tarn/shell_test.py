@@ -6,10 +6,11 @@ TARN and TARN_STANDIN name the two programs.
 import os
 import re
 import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
+
+from programs import run_tests
 
 TOOL = Path(__file__).resolve().parents[2] / "tools/tarn"
 TIME_LIMIT = 60
@@ -78,9 +79,4 @@ class ShellTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    missing = [name for name in ("TARN", "TARN_STANDIN") if not os.path.isfile(os.environ.get(name, ""))]
-    if missing:
-        sys.exit(f"set {' and '.join(missing)} to the program's path")
-    for program in ("TARN", "TARN_STANDIN"):
-        os.environ[program] = os.path.abspath(os.environ[program])
-    unittest.main(verbosity=2)
+    run_tests("TARN", "TARN_STANDIN")

@@ -77,7 +77,7 @@ class _Opening:
         self._who = owners[0]
 
     def _demand_access(self) -> None:
-        """Whether the message is meant for the asker, and still open to him."""
+        """Whether the message is meant for the asker, and still open."""
         tracking = self._messages.tracking(self._message.id, self._who)
         if tracking is None:
             demand(self._who == self._message.sender, Status.NOT_A_RECIPIENT, "the message is not for this address")

@@ -110,10 +110,10 @@ def _parts(body: bytes, boundary: str) -> list[bytes]:
     return parts if begin is None else parts + [body[begin:]]
 
 
-def _without_line_end(part: bytes) -> bytes:
-    """The line end before a delimiter belongs to that."""
-    part = part[:-1] if part.endswith(b"\n") else part
-    return part[:-1] if part.endswith(b"\r") else part
+def _without_line_end(data: bytes) -> bytes:
+    """The line end before a delimiter belongs to the delimiter."""
+    data = data[:-1] if data.endswith(b"\n") else data
+    return data[:-1] if data.endswith(b"\r") else data
 
 
 def _item(head: Message, body: bytes, names: Counter[str]) -> Item:

@@ -10,6 +10,7 @@ from .commands import COMMANDS, Command, Rule
 from .exchange import Request
 from .wire import END, VERSION, Value, WireError, tag_name
 
+
 class RequestReader:
     """Reads requests one after the other. Memory is taken for bytes that have arrived alone, so a length that promises
     gigabytes costs nothing. After a WireError, whose offset is into the request, the reader is of no use any more."""
