@@ -15,7 +15,7 @@ class App;
 
 namespace tarn {
 
-// What the command line chose: the parser sets `action`, and main runs it.
+// What the command line chose: parse() sets `action`, and main runs it.
 struct Context
 {
     Output output;
@@ -112,5 +112,8 @@ void addTrackingCommands(Parser& program, Context& context);
 void addLockExpiryCommands(Parser& program, Context& context);
 void addKeyServerCommands(Parser& program, Context& context);
 void addEnrollCommand(Parser& program, Context& context);
+
+// Reads the program's arguments. Returns false when they ask for nothing but a text, which has been printed.
+bool parse(std::vector<std::string> arguments, Context& context);
 
 } // namespace tarn

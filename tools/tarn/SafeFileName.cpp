@@ -3,7 +3,6 @@
 #include "Host.h"
 #include "Text.h"
 #include <algorithm>
-#include <regex>
 #include <utf8.h>
 
 namespace tarn {
@@ -52,12 +51,18 @@ void trim(std::string& name)
     name.erase(0, std::min(name.find_first_not_of(' '), name.size()));
 }
 
-// The digits of COM1 to LPT9 may also be the superscript ones.
 bool isDeviceName(const std::string& name)
 {
-    static const std::regex device("(con|prn|aux|nul|conin\\$|conout\\$|(com|lpt)(\\d|\u00B9|\u00B2|\u00B3)) *(\\..*)?",
-                                   std::regex::icase);
-    return std::regex_match(name, device);
+    std::string device = lowerCase(name.substr(0, name.find('.')));
+    device.erase(device.find_last_not_of(' ') + 1);
+    for (const auto* port : {"com", "lpt"}) {
+        if (device.starts_with(port)) {
+            device.erase(0, 3);
+            const bool isDigit = device.size() == 1 && device[0] >= '0' && device[0] <= '9';
+            return isDigit || device == "\u00B9" || device == "\u00B2" || device == "\u00B3"; // superscript ones
+        }
+    }
+    return std::set<std::string>{"con", "prn", "aux", "nul", "conin$", "conout$"}.contains(device);
 }
 
 struct BaseAndExtension

@@ -1,15 +1,14 @@
 #include "Time.h"
 
 #include "Failure.h"
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <cstdio>
 #include <ctime>
-#include <date/date.h>
 #include <map>
 #include <optional>
-#include <regex>
-#include <sstream>
 #include <string_view>
 
 namespace tarn {
@@ -28,15 +27,15 @@ Milliseconds now()
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-Milliseconds inMilliseconds(date::sys_seconds time)
+Milliseconds inMilliseconds(sys_seconds time)
 {
     return milliseconds(time.time_since_epoch()).count();
 }
 
-std::optional<Milliseconds> fromLocal(date::local_seconds local)
+std::optional<Milliseconds> fromLocal(sys_seconds local)
 {
     // What the system makes of it as a local time depends on its rules for that day.
-    const std::time_t asUtc = local.time_since_epoch().count();
+    const std::time_t asUtc = system_clock::to_time_t(local);
     const std::tm* calendar = std::gmtime(&asUtc);
     if (!calendar) {
         return std::nullopt;
@@ -62,22 +61,38 @@ std::optional<Milliseconds> parseOffset(std::string_view text)
 
 std::optional<Milliseconds> parseCalendarTime(const std::string& text)
 {
-    static const std::regex form(R"((\d{4}-\d\d-\d\d)(?:[T ](\d\d:\d\d)(:\d\d)?(Z|[+-]\d\d:\d\d)?)?)");
-    std::smatch parts;
-    if (!std::regex_match(text, parts, form)) {
+    std::string shape = text;
+    std::ranges::replace_if(
+        shape, [](char one) { return one >= '0' && one <= '9'; }, '0');
+    std::string_view rest = shape;
+    const auto take = [&rest](std::string_view part) {
+        const bool found = rest.starts_with(part);
+        rest.remove_prefix(found ? part.size() : 0);
+        return found;
+    };
+    const bool hasDate = take("0000-00-00");
+    const bool hasTime = hasDate && (take("T00:00") || take(" 00:00"));
+    const bool hasSeconds = hasTime && take(":00");
+    const std::size_t zone = text.size() - rest.size();
+    const bool isUtc = hasTime && take("Z");
+    const bool hasOffset = hasTime && !isUtc && (take("+00:00") || take("-00:00"));
+    if (!hasDate || !rest.empty()) {
         return std::nullopt;
     }
-    const auto part = [&parts](std::size_t index, const char* otherwise) {
-        return parts[index].matched ? parts[index].str() : otherwise;
-    };
-    std::istringstream whole(part(1, "") + "T" + part(2, "00:00") + part(3, ":00") +
-                             (parts[4] == "Z" ? "+00:00" : part(4, "")));
-    if (parts[4].matched) {
-        date::sys_seconds utc;
-        return whole >> date::parse("%FT%T%Ez", utc) ? std::optional(inMilliseconds(utc)) : std::nullopt;
+    const auto number = [&text](std::size_t at, std::size_t digits) { return std::stoi(text.substr(at, digits)); };
+    const auto pair = [&number](bool given, std::size_t at) { return given ? number(at, 2) : 0; };
+    const year_month_day day{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
+                             std::chrono::day(static_cast<unsigned>(number(8, 2)))};
+    const int hour = pair(hasTime, 11), minute = pair(hasTime, 14), second = pair(hasSeconds, 17);
+    if (!day.ok() || hour > 23 || minute > 59 || second > 59 || pair(hasOffset, zone + 4) > 59) {
+        return std::nullopt;
     }
-    date::local_seconds local;
-    return whole >> date::parse("%FT%T", local) ? fromLocal(local) : std::nullopt;
+    const sys_seconds stated = sys_days(day) + hours(hour) + minutes(minute) + seconds(second);
+    if (!isUtc && !hasOffset) {
+        return fromLocal(stated);
+    }
+    const auto offset = hours(pair(hasOffset, zone + 1)) + minutes(pair(hasOffset, zone + 4));
+    return inMilliseconds(text[zone] == '-' ? stated + offset : stated - offset);
 }
 
 } // namespace
@@ -101,7 +116,15 @@ nlohmann::json isoTime(Milliseconds date)
     if (date == 0 || date < earliest || date > latest) {
         return nullptr;
     }
-    return date::format("%FT%TZ", date::sys_time<milliseconds>(milliseconds(date)));
+    const sys_time<milliseconds> time{milliseconds(date)};
+    const year_month_day day(floor<days>(time));
+    const hh_mm_ss clock(time - floor<days>(time));
+    const auto number = [](auto count) { return static_cast<int>(count); };
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", int{day.year()},
+                  number(unsigned{day.month()}), number(unsigned{day.day()}), number(clock.hours().count()),
+                  number(clock.minutes().count()), number(clock.seconds().count()), number(clock.subseconds().count()));
+    return text.data();
 }
 
 Milliseconds parseTime(const std::string& text)
