@@ -102,6 +102,15 @@ Access AccessOptions::access(const std::string& user) const
     return {password(passwordFile, user), configFile()};
 }
 
+void reach(Client& client)
+{
+    try {
+        client.version();
+    } catch (const StatusError&) {
+        // Whatever it answers, it listens.
+    }
+}
+
 void Parser::argument(const std::string& name, std::string& value, const std::string& description, Needed needed)
 {
     app_->add_option(name, value, description)->type_name("")->required(needed == Needed::yes);

@@ -34,6 +34,9 @@ struct Context
     }};
 };
 
+// Asks the daemon for its version, which also gives the other calls the client version that they send along.
+void reach(Client& client);
+
 // What several commands take.
 struct ConfigOptions
 {

@@ -5,7 +5,6 @@
 #include "SafeFileName.h"
 #include "Secrets.h"
 #include "Text.h"
-#include <filesystem>
 #include <list>
 
 namespace tarn {

@@ -25,19 +25,6 @@ std::string statusName(std::int32_t status)
         {TARN_STATUS_DAMAGED_ENVELOPE, "the envelope is damaged"},
         {TARN_STATUS_NO_ENVELOPE, "this is not an envelope"},
         {TARN_STATUS_SESSION_KEY_INVALID, "the session key is not valid"},
-        // The stand-in daemon's own.
-        {100, "something is missing"},
-        {101, "a value is wrong"},
-        {102, "no tracking record matches"},
-        {103, "the configuration file cannot be read"},
-        {104, "the configuration is wrong"},
-        {105, "no valid login session of the sender"},
-        {106, "the address has an account already"},
-        {107, "the enrollment form is refused"},
-        {108, "not a MIME message"},
-        {109, "the store failed"},
-        {110, "unexpected failure of the daemon"},
-        {111, "something is larger than allowed"},
     };
     const auto name = names.find(status);
     return name == names.end() ? "" : name->second;

@@ -23,10 +23,9 @@ Failure fileFailure(const std::string& name, const std::string& what, int error)
     return {Exit::file, name + " " + what + ": " + (error ? std::strerror(error) : "unknown reason")};
 }
 
-template <class Bytes>
-Bytes readAll(std::istream& input, const std::string& name)
+ClearedVector<char> readAll(std::istream& input, const std::string& name)
 {
-    Bytes content;
+    ClearedVector<char> content;
     while (input) {
         const std::size_t size = content.size();
         content.resize(size + chunkSize);
@@ -37,28 +36,6 @@ Bytes readAll(std::istream& input, const std::string& name)
         throw fileFailure(name, "cannot be read", errno);
     }
     return content;
-}
-
-// The streams have no buffers of their own, in which a secret would stay.
-template <class Bytes>
-Bytes readFile(const std::string& name)
-{
-    errno = 0;
-    if (name == "-") {
-        std::setvbuf(stdin, nullptr, _IONBF, 0);
-        return readAll<Bytes>(std::cin, "standard input");
-    }
-    std::error_code error;
-    if (fs::is_directory(toPath(name), error)) {
-        throw Failure(Exit::file, name + " cannot be read: it is a folder");
-    }
-    std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
-    file.open(toPath(name), std::ios::binary);
-    if (!file) {
-        throw fileFailure(name, "cannot be read", errno);
-    }
-    return readAll<Bytes>(file, name);
 }
 
 fs::path makeStagingFolder(const fs::path& target)
@@ -99,14 +76,31 @@ std::string absolutePath(const std::string& utf8)
 
 std::string readTextFile(const std::string& name)
 {
-    auto content = readFile<std::string>(name);
-    refuseUnfitText(name, content);
-    return content;
+    const auto content = readConfidentialFile(name);
+    std::string text(content.begin(), content.end());
+    refuseUnfitText(name, text);
+    return text;
 }
 
+// The streams have no buffers of their own, in which a secret would stay.
 ClearedVector<char> readConfidentialFile(const std::string& name)
 {
-    return readFile<ClearedVector<char>>(name);
+    errno = 0;
+    if (name == "-") {
+        std::setvbuf(stdin, nullptr, _IONBF, 0);
+        return readAll(std::cin, "standard input");
+    }
+    std::error_code error;
+    if (fs::is_directory(toPath(name), error)) {
+        throw Failure(Exit::file, name + " cannot be read: it is a folder");
+    }
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(toPath(name), std::ios::binary);
+    if (!file) {
+        throw fileFailure(name, "cannot be read", errno);
+    }
+    return readAll(file, name);
 }
 
 void refuseUnfitText(const std::string& name, std::string_view content)

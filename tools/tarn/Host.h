@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -29,9 +28,6 @@ std::string foldCase(const std::string& utf8);
 
 // Moves a file to a name that is free; fails with errc::file_exists when it is not.
 std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::filesystem::path& to);
-
-// Whether a program listens on a port of the loopback interface. The connection is closed at once.
-bool listensOn(std::uint16_t port);
 
 enum class Stream { output = 1, error = 2 };
 bool isTerminal(Stream stream);

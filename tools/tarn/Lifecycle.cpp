@@ -4,7 +4,6 @@
 #include "Host.h"
 #include "Text.h"
 #include <chrono>
-#include <filesystem>
 #include <thread>
 
 namespace tarn {
@@ -28,17 +27,22 @@ void version(Context& context, const NoOptions&)
                           {{"daemonVersion", daemonVersion}, {"clientVersion", TARN_VERSION}});
 }
 
-// Each failed attempt of the library's to connect would leave a socket open, so the tool tries with its own.
-void waitUntilListening(unsigned seconds)
+// Each failed attempt leaves a socket open in the library: so many at the most that a process may have them.
+constexpr unsigned longestWait = 600;
+
+void waitUntilListening(Client& client, unsigned seconds)
 {
-    constexpr std::uint16_t port = 53007;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    while (!host::listensOn(port)) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            throw Failure(Exit::noDaemon, "the launch was accepted, but no daemon listens after " +
-                                              std::to_string(seconds) + " seconds");
+    for (;;) {
+        try {
+            return reach(client);
+        } catch (const NoDaemon&) {
+            if (std::chrono::steady_clock::now() >= deadline) {
+                throw Failure(Exit::noDaemon, "the launch was accepted, but no daemon listens after " +
+                                                  std::to_string(seconds) + " seconds");
+            }
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        std::this_thread::sleep_for(std::chrono::seconds(1));
     }
 }
 
@@ -67,8 +71,7 @@ void start(Context& context, const StartOptions& options)
     const int answer = launch(context.client, jar);
 
     if (options.waitSeconds > 0) {
-        waitUntilListening(options.waitSeconds);
-        context.client.version();
+        waitUntilListening(context.client, options.waitSeconds);
     }
     context.output.result(options.waitSeconds > 0 ? "The daemon listens.\n" : "The launch was accepted.\n",
                           {{"launchResult", answer}, {"listens", options.waitSeconds > 0}});
@@ -89,7 +92,8 @@ void addLifecycleCommands(Parser& program, Context& context)
 
     auto [parser, options] = addCommand(program, context, "start", "Launch the daemon", start, false);
     parser.argument("JAR", options.jar, "The daemon's jar file");
-    parser.number("--wait", "SECONDS", options.waitSeconds, 0u, 3600u, "Seconds to wait until the daemon listens");
+    parser.number("--wait", "SECONDS", options.waitSeconds, 0u, longestWait,
+                  "Seconds to wait until the daemon listens");
 
     addCommand(program, context, "stop", "Ask the daemon to stop", stop);
 }

@@ -11,7 +11,7 @@ namespace tarn {
 
 namespace {
 
-struct SettingOptions : AccessOptions
+struct ChangeOptions : AccessOptions
 {
     std::string envelope;
     std::string messageId;
@@ -26,7 +26,7 @@ struct SettingOptions : AccessOptions
 class TrackedMessage
 {
 public:
-    TrackedMessage(Client& client, const SettingOptions& options)
+    TrackedMessage(Client& client, const ChangeOptions& options)
         : client_(client), id_(options.messageId), user_(options.user),
           envelope_(id_.empty() ? readTextFile(options.envelope) : ""), access_(options.access(user_))
     {
@@ -92,7 +92,7 @@ std::vector<TrackingState> select(const std::vector<TrackingState>& all, const s
 
 // The daemon sets lock, message and expiry together, so each state starts from what is set and changes only in what the
 // command names.
-void change(Context& context, const SettingOptions& options, const std::function<void(TrackingState&)>& apply)
+void change(Context& context, const ChangeOptions& options, const std::function<void(TrackingState&)>& apply)
 {
     if (options.envelope.empty() == options.messageId.empty()) {
         throw Failure(Exit::usage, "give either ENVELOPE or --message-id, which names the message");
@@ -118,17 +118,13 @@ void change(Context& context, const SettingOptions& options, const std::function
     context.output.result(stateTable(states), {{"recipients", stateObjects(states)}});
 }
 
-void lock(Context& context, const SettingOptions& options)
+template <bool locked>
+void setLock(Context& context, const ChangeOptions& options)
 {
-    change(context, options, [](TrackingState& state) { state.locked = true; });
+    change(context, options, [](TrackingState& state) { state.locked = locked; });
 }
 
-void unlock(Context& context, const SettingOptions& options)
-{
-    change(context, options, [](TrackingState& state) { state.locked = false; });
-}
-
-void expire(Context& context, const SettingOptions& options)
+void expire(Context& context, const ChangeOptions& options)
 {
     if (options.expiry.empty() != options.never) {
         throw Failure(Exit::usage, "give either --at with a time, or --never");
@@ -137,29 +133,24 @@ void expire(Context& context, const SettingOptions& options)
     change(context, options, [expiry](TrackingState& state) { state.expiry = expiry; });
 }
 
-std::pair<Parser, SettingOptions&> addSettingCommand(Parser& program, Context& context, const std::string& name,
-                                                     const std::string& description,
-                                                     void (*run)(Context&, const SettingOptions&))
-{
-    auto added = addCommand(program, context, name, description, run);
-    auto& [parser, options] = added;
-    parser.envelope(options.envelope, Needed::no);
-    parser.text("--message-id", "ID", options.messageId, "The message's id, as \"sent\" lists it, for ENVELOPE");
-    parser.text("--user", "ADDRESS", options.user, "The sender, with --message-id");
-    parser.addresses("--recipient", options.recipients, "A recipient (default: all)");
-    parser.text("--message", "TEXT", options.message, "The new status message (default: as it is)");
-    parser.access(options);
-    return added;
-}
-
 } // namespace
 
 void addLockExpiryCommands(Parser& program, Context& context)
 {
-    addSettingCommand(program, context, "lock", "Lock a sent message", lock);
-    addSettingCommand(program, context, "unlock", "Unlock a sent message", unlock);
-    auto [parser, options] =
-        addSettingCommand(program, context, "expire", "Set or lift a sent message's expiry", expire);
+    const auto add = [&](const char* name, const char* description, void (*run)(Context&, const ChangeOptions&)) {
+        auto added = addCommand(program, context, name, description, run);
+        auto& [parser, options] = added;
+        parser.envelope(options.envelope, Needed::no);
+        parser.text("--message-id", "ID", options.messageId, "The message's id, as \"sent\" lists it, for ENVELOPE");
+        parser.text("--user", "ADDRESS", options.user, "The sender, with --message-id");
+        parser.addresses("--recipient", options.recipients, "A recipient (default: all)");
+        parser.text("--message", "TEXT", options.message, "The new status message (default: as it is)");
+        parser.access(options);
+        return added;
+    };
+    add("lock", "Lock a sent message", setLock<true>);
+    add("unlock", "Unlock a sent message", setLock<false>);
+    auto [parser, options] = add("expire", "Set or lift a sent message's expiry", expire);
     parser.text(
         "--at", "TIME", options.expiry,
         "2026-05-01, \"2026-05-01 14:30\" (local time), 2026-05-01T12:30:00Z, or from now +90m, +12h, +7d, +2w");

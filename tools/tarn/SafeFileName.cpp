@@ -53,31 +53,23 @@ void trim(std::string& name)
 
 bool isDeviceName(const std::string& name)
 {
-    std::string device = lowerCase(name.substr(0, name.find('.')));
+    std::string device = host::foldCase(name.substr(0, name.find('.')));
     device.erase(device.find_last_not_of(' ') + 1);
-    for (const auto* port : {"com", "lpt"}) {
+    for (const auto* port : {"COM", "LPT"}) {
         if (device.starts_with(port)) {
             device.erase(0, 3);
             const bool isDigit = device.size() == 1 && device[0] >= '0' && device[0] <= '9';
             return isDigit || device == "\u00B9" || device == "\u00B2" || device == "\u00B3"; // superscript ones
         }
     }
-    return std::set<std::string>{"con", "prn", "aux", "nul", "conin$", "conout$"}.contains(device);
+    return std::set<std::string>{"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$"}.contains(device);
 }
 
-struct BaseAndExtension
-{
-    std::string base;
-    std::string extension;
-};
-
-BaseAndExtension splitExtension(const std::string& name)
+std::pair<std::string, std::string> splitExtension(const std::string& name)
 {
     const auto dot = name.rfind('.');
-    if (dot == name.npos || dot == 0 || name.size() - dot > 20) {
-        return {name, ""};
-    }
-    return {name.substr(0, dot), name.substr(dot)};
+    const bool hasExtension = dot != name.npos && dot > 0 && name.size() - dot <= 20;
+    return {name.substr(0, hasExtension ? dot : name.npos), hasExtension ? name.substr(dot) : ""};
 }
 
 std::string shortened(const std::string& name)

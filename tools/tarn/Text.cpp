@@ -1,5 +1,6 @@
 #include "Text.h"
 
+#include "Host.h"
 #include <algorithm>
 #include <utf8.h>
 
@@ -10,20 +11,9 @@ std::u32string toCharacters(std::string_view utf8)
     return utf8::utf8to32(utf8::replace_invalid(utf8));
 }
 
-std::string lowerCase(std::string_view text)
-{
-    std::string lower(text);
-    for (char& letter : lower) {
-        if (letter >= 'A' && letter <= 'Z') {
-            letter = static_cast<char>(letter - 'A' + 'a');
-        }
-    }
-    return lower;
-}
-
 bool sameIgnoringCase(std::string_view left, std::string_view right)
 {
-    return lowerCase(left) == lowerCase(right);
+    return host::foldCase(std::string(left)) == host::foldCase(std::string(right));
 }
 
 bool isControl(char32_t character)

@@ -9,9 +9,8 @@ namespace tarn {
 // The characters of a UTF-8 text; ill-formed bytes become U+FFFD.
 std::u32string toCharacters(std::string_view utf8);
 
-// Compares as mail addresses are compared in practice: ASCII letters without regard to case.
+// Compares as mail addresses are compared in practice: without regard to case.
 bool sameIgnoringCase(std::string_view left, std::string_view right);
-std::string lowerCase(std::string_view text);
 
 // Characters that control a terminal or the direction of writing.
 bool isControl(char32_t character);

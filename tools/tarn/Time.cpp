@@ -22,11 +22,6 @@ constexpr Milliseconds dayLength = 24LL * 60 * 60 * 1000;
 constexpr Milliseconds earliest = -719162 * dayLength;
 constexpr Milliseconds latest = 2932897 * dayLength - 1;
 
-Milliseconds now()
-{
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
-
 Milliseconds inMilliseconds(sys_seconds time)
 {
     return milliseconds(time.time_since_epoch()).count();
@@ -72,30 +67,31 @@ std::optional<Milliseconds> parseCalendarTime(const std::string& text)
     };
     const bool hasDate = take("0000-00-00");
     const bool hasTime = hasDate && (take("T00:00") || take(" 00:00"));
-    const bool hasSeconds = hasTime && take(":00");
-    const std::size_t zone = text.size() - rest.size();
-    const bool isUtc = hasTime && take("Z");
-    const bool hasOffset = hasTime && !isUtc && (take("+00:00") || take("-00:00"));
-    if (!hasDate || !rest.empty()) {
+    if (hasTime) {
+        take(":00");
+    }
+    const char* zone = text.c_str() + text.size() - rest.size();
+    const bool isLocal = !hasTime || !(take("Z") || take("+00:00") || take("-00:00"));
+    int year = 0, hour = 0, minute = 0, second = 0, offsetHour = 0, offsetMinute = 0;
+    unsigned month = 0, day = 0;
+    std::sscanf(text.c_str(), "%4d-%2u-%2u%*c%2d:%2d:%2d", &year, &month, &day, &hour, &minute, &second);
+    std::sscanf(zone, "%*c%2d:%2d", &offsetHour, &offsetMinute);
+    const year_month_day date{std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)};
+    const bool inRange = hour < 24 && minute < 60 && second < 60 && offsetHour < 24 && offsetMinute < 60;
+    if (!hasDate || !rest.empty() || !date.ok() || !inRange) {
         return std::nullopt;
     }
-    const auto number = [&text](std::size_t at, std::size_t digits) { return std::stoi(text.substr(at, digits)); };
-    const auto pair = [&number](bool given, std::size_t at) { return given ? number(at, 2) : 0; };
-    const year_month_day day{year(number(0, 4)), month(static_cast<unsigned>(number(5, 2))),
-                             std::chrono::day(static_cast<unsigned>(number(8, 2)))};
-    const int hour = pair(hasTime, 11), minute = pair(hasTime, 14), second = pair(hasSeconds, 17);
-    if (!day.ok() || hour > 23 || minute > 59 || second > 59 || pair(hasOffset, zone + 4) > 59) {
-        return std::nullopt;
-    }
-    const sys_seconds stated = sys_days(day) + hours(hour) + minutes(minute) + seconds(second);
-    if (!isUtc && !hasOffset) {
-        return fromLocal(stated);
-    }
-    const auto offset = hours(pair(hasOffset, zone + 1)) + minutes(pair(hasOffset, zone + 4));
-    return inMilliseconds(text[zone] == '-' ? stated + offset : stated - offset);
+    const sys_seconds stated = sys_days(date) + hours(hour) + minutes(minute) + seconds(second);
+    const auto offset = hours(offsetHour) + minutes(offsetMinute);
+    return isLocal ? fromLocal(stated) : inMilliseconds(*zone == '-' ? stated + offset : stated - offset);
 }
 
 } // namespace
+
+Milliseconds now()
+{
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
 
 std::string localTime(Milliseconds date)
 {

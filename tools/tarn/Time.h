@@ -8,6 +8,7 @@ namespace tarn {
 
 // The dates of tracking records: milliseconds since 1970-01-01 UTC, 0 for "not set".
 using Milliseconds = std::int64_t;
+Milliseconds now();
 
 // Local time for people, "-" for 0.
 std::string localTime(Milliseconds date);

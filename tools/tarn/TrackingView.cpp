@@ -1,15 +1,12 @@
 #include "TrackingView.h"
 
 #include "Output.h"
-#include <chrono>
 
 namespace tarn {
 
 std::string stateName(const TrackingState& state)
 {
-    using namespace std::chrono;
-    const auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-    const bool expired = state.expiry != 0 && state.expiry <= now;
+    const bool expired = state.expiry != 0 && state.expiry <= now();
     if (state.locked) {
         return expired ? "locked, expired" : "locked";
     }

@@ -9,16 +9,6 @@ namespace tarn {
 
 namespace {
 
-// Its question for the version also gives the other calls the client version that they send along.
-void reach(Client& client)
-{
-    try {
-        client.version();
-    } catch (const StatusError&) {
-        // Whatever it answers, it listens.
-    }
-}
-
 Exit run(const std::vector<std::string>& arguments)
 {
     Context context;

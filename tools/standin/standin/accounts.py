@@ -1,7 +1,5 @@
 """Accounts, their sessions, and the enrollment ids handed out. Addresses are normal ones."""
 
-from __future__ import annotations
-
 from enum import IntEnum
 from typing import NamedTuple
 
@@ -30,13 +28,13 @@ class Account(NamedTuple):
 # With their passwords hashed beforehand: everybody may know them, and hashing would take most of the daemon's start.
 _READY_MADE = [
     ("alice@example.com", "Alice", "en", State.ACTIVE,  # wonderland
-     "$scrypt$16384$8$1$e4132d37aa7dc7d89e929d6f65ac6252$0c45a2f0f767b57970aff542f226623f"),
+     "e4132d37aa7dc7d89e929d6f65ac6252$0c45a2f0f767b57970aff542f226623f"),
     ("bob@example.com", "Bob", "de", State.ACTIVE,  # builder
-     "$scrypt$16384$8$1$cbf5f2f7f53f7a6fc7b4150a061df940$4ec8df160d0a573054659b7028695d2b"),
+     "cbf5f2f7f53f7a6fc7b4150a061df940$4ec8df160d0a573054659b7028695d2b"),
     ("carol@example.com", "Carol", "fr", State.ACTIVE,  # caravan
-     "$scrypt$16384$8$1$bdfdfd5cc141d2d03be7ed4e843d357b$24e5c7dfc1aeda2beebe483031cf14f7"),
+     "bdfdfd5cc141d2d03be7ed4e843d357b$24e5c7dfc1aeda2beebe483031cf14f7"),
     ("dave@example.com", "Dave", "en", State.DISABLED,  # doorstop
-     "$scrypt$16384$8$1$888b0e18c1ff063b3355bca130251025$2f10d25a51c11a32940b6d37b975d2a3"),
+     "888b0e18c1ff063b3355bca130251025$2f10d25a51c11a32940b6d37b975d2a3"),
 ]
 
 

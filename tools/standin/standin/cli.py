@@ -1,15 +1,13 @@
 """The command line."""
 
-from __future__ import annotations
-
 import argparse
 import signal
 from pathlib import Path
 from typing import Callable, Sequence
 
-from . import handlers  # noqa: F401
+from . import configuration, daemon, decryption, encryption, enrollment, keyserver, tracking  # noqa: F401
 from .commands import COMMANDS
-from .context import Context, Settings
+from .context import Context
 from .output import complain, prepare, write_line
 from .server import ListenError, Server
 from .store import StoreError
@@ -63,7 +61,8 @@ def _answer(text: str) -> tuple[str, int]:
 
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
-        "tarn-standin", usage="%(prog)s [OPTIONS]", epilog=_EPILOG, formatter_class=argparse.RawDescriptionHelpFormatter, allow_abbrev=False,
+        "tarn-standin", usage="%(prog)s [OPTIONS]", epilog=_EPILOG, allow_abbrev=False,
+        formatter_class=argparse.RawDescriptionHelpFormatter,
         description="A stand-in for the secure-mail daemon, for development and demonstration. It encrypts nothing.")
     option = parser.add_argument
     option("--store", metavar="FILE", type=_store_path,
@@ -84,18 +83,14 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
-def _settings(arguments: Sequence[str] | None) -> Settings:
-    values = vars(_parser().parse_args(arguments))
-    return Settings(**{**values, "answers": dict(values["answers"]), "delay": values["delay"] / 1000})
-
-
-def _serve(settings: Settings) -> int:
+def _serve(settings: argparse.Namespace) -> int:
     context = Context(settings)
     ending_signals = (signal.SIGINT, signal.SIGTERM)
     for number in ending_signals:
         signal.signal(number, lambda *_: context.stopping.set())
     server = Server(context, Trace(settings.trace))
-    if not write_line(f"tarn-standin: listening on 127.0.0.1:{server.port}, store {settings.store or 'in memory'}"):
+    where = "%s:%s" % server.server_address
+    if not write_line(f"tarn-standin: listening on {where}, store {settings.store or 'in memory'}"):
         complain("standard output cannot be written")
         return OUTPUT_FAILURE
     server.run()
@@ -106,7 +101,7 @@ def _serve(settings: Settings) -> int:
 
 def main(arguments: Sequence[str] | None = None) -> int:
     prepare()
-    settings = _settings(arguments)
+    settings = _parser().parse_args(arguments)
     try:
         return _serve(settings)
     except StoreError as error:

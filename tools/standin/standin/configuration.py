@@ -1,7 +1,5 @@
 """Envelope configuration files: "key=value" lines, blank lines, and comments that begin with "#"."""
 
-from __future__ import annotations
-
 from dataclasses import dataclass, field
 from pathlib import Path
 

@@ -2,7 +2,6 @@
 
 import contextlib
 import os
-import select
 import socket
 import struct
 
@@ -44,25 +43,12 @@ class Connection:
         except OSError as error:
             raise ConnectionLost(error.strerror) from None
 
-    def wait_while_open(self, seconds: float) -> None:
-        """As long as the client stays, where the system tells that, and the daemon goes on."""
-        hang_up = getattr(select, "POLLRDHUP", 0)
-        if hang_up:
-            poll = select.poll()
-            poll.register(self._socket, hang_up)
-            poll.poll(seconds * 1000)
-        else:
-            select.select([], [], [self._socket], seconds)
-
     def reset_at_close(self) -> None:
         """The closing will look like a lost connection: a client that waits for a reply waits on after an orderly
         end."""
         linger = struct.pack("hh" if os.name == "nt" else "ii", 1, 0)
         with contextlib.suppress(OSError):
             self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, linger)
-
-    def close(self) -> None:
-        self._socket.close()
 
     def end(self, direction: int) -> None:
         """Called by another thread: what is under way in this direction fails."""

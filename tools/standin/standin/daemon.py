@@ -1,6 +1,7 @@
 """ST and SD: tells how the daemon is, and stops it."""
 
 import os
+import statistics
 
 from .commands import command
 from .context import Context
@@ -14,15 +15,15 @@ _BUILD_NUMBER = 7
 
 @command("ST", {}, uses_store=False)
 def daemon_status(_: Request, context: Context) -> Reply:
-    encryptions, decryptions = context.encryptions, context.decryptions
+    encryptions, decryptions = context.encryptions or [0.0], context.decryptions or [0.0]
     memory = _memory("SC_PHYS_PAGES")
     return Reply(Status.OK, "running", {
         "v ": VERSION, "bn": _BUILD_NUMBER, "bt": Long(context.started),
         "ct": context.connections_total, "ca": context.connections_open,
         "mf": Long(_memory("SC_AVPHYS_PAGES")), "mt": Long(memory), "mm": Long(memory),
         "bs": Long(context.encrypted), "bf": Long(context.encryptions_failed),
-        "ss": Long(decryptions.count), "sa": decryptions.mean, "sd": decryptions.deviation,
-        "es": Long(encryptions.count), "ea": encryptions.mean, "ed": encryptions.deviation,
+        "ss": Long(len(context.decryptions)), "sa": statistics.fmean(decryptions), "sd": statistics.pstdev(decryptions),
+        "es": Long(len(context.encryptions)), "ea": statistics.fmean(encryptions), "ed": statistics.pstdev(encryptions),
     })
 
 

@@ -12,7 +12,7 @@ from .wire import encode, tag_name
 
 
 def dispatch(request: Request, context: Context) -> Reply:
-    told = context.settings.answers.get(request.code)
+    told = dict(context.settings.answers).get(request.code)
     if told is not None:
         return Reply(told, "answered as --answer says")
     with context.lock:
@@ -20,11 +20,11 @@ def dispatch(request: Request, context: Context) -> Reply:
         reply = _answer(request, context)
         millis = (time.perf_counter() - start) * 1000
         if request.code == "BE":
-            context.encryptions.add(millis)
+            context.encryptions.append(millis)
             context.encrypted += reply.status == Status.OK
             context.encryptions_failed += reply.status != Status.OK
         elif request.code == "DE":
-            context.decryptions.add(millis)
+            context.decryptions.append(millis)
     return reply
 
 

@@ -15,13 +15,9 @@ _FORM_STAGE, _CONFIRM_STAGE, _DONE_STAGE = 0, 1, 2
 _QUESTIONS_TO_ANSWER = ("1", "2", "3")
 _MIN_PASSWORD_LENGTH = 8
 
-_QUESTIONS = {
-    "en": ["What was the name of your first pet?", "In which town were you born?",
-           "What was the name of your first school?", "What is your favourite book?",
-           "What is the name of your oldest friend?"],
-    "de": ["Wie hieß Ihr erstes Haustier?", "In welcher Stadt sind Sie geboren?", "Wie hieß Ihre erste Schule?",
-           "Was ist Ihr Lieblingsbuch?", "Wie heißt Ihr ältester Freund?"],
-}
+_QUESTIONS = ["What was the name of your first pet?", "In which town were you born?",
+              "What was the name of your first school?", "What is your favourite book?",
+              "What is the name of your oldest friend?"]
 
 
 @command("EP", {"tc": TEXT, "ec": MAP, "ea": TEXT, "ul": TEXT}, uses_store=False)
@@ -31,11 +27,10 @@ def enrollment_parameters(request: Request, _: Context) -> Reply:
     # Two domains show the other forms: one whose users sign on elsewhere, one whose users enroll with one click.
     single_sign_on = address.endswith("@sso.example.com")
     one_click = address.endswith("@oneclick.example.com")
-    questions = _QUESTIONS.get(language_of(request["ul"]).locale, _QUESTIONS["en"])
     return done("enrollment parameters", su=int(single_sign_on), ou=int(one_click),
                 qn=0 if single_sign_on or one_click else len(_QUESTIONS_TO_ANSWER), qe=1,
                 al={locale: language.name for locale, language in LANGUAGES.items()},
-                sq={str(number): question for number, question in enumerate(questions, 1)})
+                sq={str(number): question for number, question in enumerate(_QUESTIONS, 1)})
 
 
 @command("EU", {"tc": TEXT, "ec": MAP, "ea": TEXT, "fn": TEXT, "ln": TEXT, "pw": SECRET, "pc": TEXT, "es": TEXT,

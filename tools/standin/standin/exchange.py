@@ -1,7 +1,5 @@
 """Requests and replies as the handlers see them."""
 
-from __future__ import annotations
-
 from dataclasses import dataclass, field
 from typing import Any
 
@@ -39,7 +37,7 @@ class Reply:
     values: dict[str, Value] = field(default_factory=dict)
 
     @classmethod
-    def to_refusal(cls, refusal: Refusal) -> Reply:
+    def to_refusal(cls, refusal: Refusal) -> "Reply":
         seconds = refusal.seconds_to_wait
         return cls(refusal.status, refusal.message, {"se": Long(seconds)} if seconds else {})
 

@@ -42,16 +42,10 @@ LANGUAGES = {language.locale: language for language in (
     Language("de", "Deutsch", "ltr", "Von", "Betreff",
              "Sie haben eine sichere Nachricht erhalten. Öffnen Sie die angehängte Datei mit der Erweiterung Ihres "
              "Mailprogramms."),
-    Language("el", "Ελληνικά", "ltr", "Από", "Θέμα",
-             "Λάβατε ένα ασφαλές μήνυμα. Ανοίξτε το συνημμένο αρχείο με το πρόσθετο του προγράμματος αλληλογραφίας "
-             "σας."),
     Language("fr", "Français", "ltr", "De", "Objet",
              "Vous avez reçu un message sécurisé. Ouvrez le fichier joint avec l’extension de votre messagerie."),
     Language("ja", "日本語", "ltr", "差出人", "件名",
              "保護されたメッセージが届いています。𠮷田様ほか、宛先の方は添付ファイルをメールソフトのプラグインで開いてください。"),
-    Language("ru", "Русский", "ltr", "От", "Тема",
-             "Вы получили защищённое сообщение. Откройте вложенный файл с помощью модуля вашей почтовой программы."),
-    Language("zh", "中文", "ltr", "发件人", "主题", "您收到了一封安全邮件。请使用邮件程序的插件打开附件。"),
 )}
 
 

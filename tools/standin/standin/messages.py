@@ -1,7 +1,5 @@
 """The messages behind the envelopes, what is tracked of their recipients, and the keys of those kept open."""
 
-from __future__ import annotations
-
 import json
 from dataclasses import dataclass
 from typing import NamedTuple

@@ -1,7 +1,5 @@
 """Takes a MIME message apart. What a part holds comes back byte by byte, for the message is never written anew."""
 
-from __future__ import annotations
-
 import re
 from collections import Counter
 from dataclasses import dataclass

@@ -1,7 +1,5 @@
 """Reads the requests of a connection."""
 
-from __future__ import annotations
-
 import zlib
 from typing import Callable
 

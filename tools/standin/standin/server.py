@@ -1,12 +1,10 @@
 """Serves each connection in a thread of its own: a client that stalls holds up nobody."""
 
-from __future__ import annotations
-
 import errno
 import os
-import select
-import signal
 import socket
+import socketserver
+import sys
 import threading
 import time
 
@@ -28,81 +26,61 @@ class ListenError(Exception):
     """The port cannot be listened on."""
 
 
-class Server:
+class Server(socketserver.ThreadingTCPServer):
+    daemon_threads = True
+    block_on_close = False
+    allow_reuse_address = os.name == "posix"
+    request_queue_size = socket.SOMAXCONN
+    timeout = 0.1  # seconds between two looks at whether to stop
+
     def __init__(self, context: Context, trace: Trace) -> None:
         """Listens on the loopback interface, at the port of the settings."""
         self._context = context
         self._trace = trace
         self._complained = float("-inf")
         self._changed = threading.Condition()  # guards the connections
-        self._connections: dict[int, Connection] = {}
+        self._connections: dict[socket.socket, Connection] = {}
         address = ("127.0.0.1", context.settings.port)
         try:
-            self._listener = socket.create_server(address, backlog=socket.SOMAXCONN)
+            super().__init__(address, socketserver.BaseRequestHandler)
         except OSError as error:
             taken = error.errno == errno.EADDRINUSE
             why = "another program listens there" if taken else os.strerror(error.errno or 0)
             raise ListenError(f"cannot listen on {address[0]}:{address[1]}: {why}") from None
-        self._listener.setblocking(False)
-        # A byte in here ends the waiting for clients: a signal, a stop request, or a client that has left.
-        self._bell, self._button = socket.socketpair()
-        for end in (self._bell, self._button):
-            end.setblocking(False)
-
-    @property
-    def port(self) -> int:
-        return self._listener.getsockname()[1]
+        self.socket.setblocking(False)
 
     def run(self) -> None:
         """Until the context says to stop, as the handlers of signals do."""
-        signal.set_wakeup_fd(self._button.fileno(), warn_on_full_buffer=False)
-        try:
+        with self:
             while not self._context.stopping.is_set():
-                self._accept()
-        finally:
-            signal.set_wakeup_fd(-1)
-            self._listener.close()
+                self.handle_request()
         self._end_connections()
 
-    def _accept(self) -> None:
-        self._wait([self._listener, self._bell])
+    def get_request(self) -> tuple[socket.socket, object]:
         try:
-            client, _ = self._listener.accept()
+            return super().get_request()
         except (BlockingIOError, ConnectionAbortedError):
-            return
+            raise  # the client has gone again
         except OSError as error:
             # Out of descriptors or memory, as a rule: somebody has to leave first.
             self._complain_about_newcomer(f"clients have to wait: {error.strerror}")
-            self._wait([self._bell], _RETRY_INTERVAL)
-            return
-        self._take_in(client)
+            self._context.stopping.wait(_RETRY_INTERVAL)
+            raise
 
-    def _wait(self, sockets: list[socket.socket], seconds: float | None = None) -> None:
-        if self._bell in select.select(sockets, [], [], seconds)[0]:
-            self._bell.recv(4096)
-
-    def _ring(self) -> None:
-        try:
-            self._button.send(b"\0")
-        except BlockingIOError:
-            pass  # it has been rung often enough
-
-    def _take_in(self, client: socket.socket) -> None:
+    def process_request(self, request: socket.socket, client_address: object) -> None:
         with self._changed:
             if len(self._connections) == limits.CONNECTIONS:
-                client.close()
+                request.close()
                 self._complain_about_newcomer(f"a client is refused: there are {limits.CONNECTIONS} already")
                 return
             self._context.connections_total += 1
-            number = self._context.connections_total
-            connection = Connection(client, number, self._context.settings.idle)
-            self._connections[number] = connection
             self._context.connections_open += 1
-        try:
-            threading.Thread(target=self._serve, args=(connection,), daemon=True).start()
-        except RuntimeError as error:
-            self._complain_about_newcomer(f"a client is refused: {error}")
-            self._forget(connection)
+            self._connections[request] = Connection(request, self._context.connections_total,
+                                                    self._context.settings.idle)
+        super().process_request(request, client_address)
+
+    def handle_error(self, request: socket.socket, client_address: object) -> None:
+        self._complain_about_newcomer(f"a client is refused: {sys.exc_info()[1]}")
 
     def _complain_about_newcomer(self, why: str) -> None:
         """Clients that come again and again must not fill the terminal, or the disk that a log is on."""
@@ -111,7 +89,16 @@ class Server:
             complain(why)
             self._complained = now
 
-    def _serve(self, connection: Connection) -> None:
+    def shutdown_request(self, request: socket.socket) -> None:
+        """Only closes it: whether that is an orderly end is said before."""
+        with self._changed:
+            del self._connections[request]
+            request.close()
+            self._context.connections_open -= 1
+            self._changed.notify_all()
+
+    def finish_request(self, request: socket.socket, client_address: object) -> None:
+        connection = self._connections[request]
         try:
             self._answer_requests(connection)
         except WireError as error:
@@ -121,8 +108,6 @@ class Server:
             complain(f"{connection}: {error}; closed")
         except Exception as error:  # a fault of this program, which must not end it
             complain(f"{connection}: {type(error).__name__}: {error}; closed")
-        finally:
-            self._forget(connection)
 
     def _answer_requests(self, connection: Connection) -> None:
         settings, stopping = self._context.settings, self._context.stopping
@@ -138,18 +123,9 @@ class Server:
                 return
             replies += 1
             parameters = dispatch(request, self._context).parameters()
-            if settings.delay:
-                connection.wait_while_open(settings.delay)
+            stopping.wait(settings.delay / 1000)
             self._trace.print(connection.number, "<-", request.code, parameters)
             connection.send(encode_frame(request.code, parameters))
-
-    def _forget(self, connection: Connection) -> None:
-        with self._changed:
-            connection.close()
-            self._context.connections_open -= 1
-            del self._connections[connection.number]
-            self._changed.notify_all()
-        self._ring()
 
     def _end_connections(self) -> None:
         """Replies under way are given some time."""

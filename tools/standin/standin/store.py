@@ -1,7 +1,5 @@
 """The store: a SQLite file, or a database in memory."""
 
-from __future__ import annotations
-
 import os
 import sqlite3
 import stat
@@ -14,7 +12,7 @@ StoreError = sqlite3.Error  # unreadable, damaged, locked, or its disk is full
 
 _BUSY_SECONDS = 1
 _APPLICATION_ID = 0x5441524E  # "TARN"
-_VERSION = 3
+_VERSION = 4
 
 # Dates are milliseconds since 1970 UTC, 0 for never.
 _TABLES = """
@@ -42,7 +40,7 @@ CREATE TABLE sessionKeys (key TEXT PRIMARY KEY, message TEXT NOT NULL REFERENCES
 class Store:
     """One connection, which one thread uses at a time. Texts that are not UTF-8 are kept as they are."""
 
-    def __init__(self, path: str | None, fill: Callable[[Store], None]) -> None:
+    def __init__(self, path: str | None, fill: Callable[["Store"], None]) -> None:
         """In memory without a path. A new file is for its owner's eyes only, and is filled; an existing one must
         be sound and of this version."""
         if path:

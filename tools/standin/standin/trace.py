@@ -1,7 +1,5 @@
 """Prints requests and replies to standard output, one line for each, secrets masked."""
 
-from __future__ import annotations
-
 import threading
 from datetime import datetime, timezone
 from typing import Any, Callable, Collection, Iterable

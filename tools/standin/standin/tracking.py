@@ -1,6 +1,6 @@
 """MI and SI: tells and changes what is tracked of the recipients of messages."""
 
-from typing import Any, NamedTuple
+from typing import Any
 
 from .commands import DATA, FLAG, INT, LONG, MAP, SECRET, STATUS_MESSAGE, TEXT, command
 from .configuration import named_configuration
@@ -10,41 +10,21 @@ from .status import Refusal, Status, demand
 from .texts import normal_address, now_millis
 from .wire import encode_parameters
 
-
-class _Field(NamedTuple):
-    expression: str  # over the tables of _TABLES
-    is_text: bool = False
-
-
-# What a record tells; also what can be sorted by and selected with.
+# What a record tells, over _TABLES; also what can be sorted by and selected with.
 _FIELDS = {
-    "FLAGS": _Field("(r.locked * 2)"),
-    "attachmentCount": _Field("m.attachments"),
-    "createDate": _Field("m.created"),
-    "expiryDate": _Field("r.expires"),
-    "firstOpenDate": _Field("r.firstOpened"),
-    "from": _Field("m.sender", True),
-    "id": _Field("r.serial"),
-    "lastFailOpenDate": _Field("r.lastFailed"),
-    "lastModifiedDate": _Field("r.modified"),
-    "lastOpenDate": _Field("r.lastOpened"),
-    "messageSize": _Field("m.size"),
-    "msgId": _Field("m.id", True),
-    "numTries": _Field("r.tries"),
-    "recipient": _Field("r.address", True),
-    "recipientCount": _Field("m.recipients"),
-    "recipientType": _Field("r.type", True),
-    "sensitivity": _Field("m.sensitivity"),
-    "statusLocked": _Field("r.locked"),
-    "statusMsg": _Field("r.statusMessage", True),
-    "subject": _Field("m.subject", True),
-    "to": _Field("r.address", True),
+    "FLAGS": "(r.locked * 2)", "attachmentCount": "m.attachments", "createDate": "m.created",
+    "expiryDate": "r.expires", "firstOpenDate": "r.firstOpened", "from": "m.sender", "id": "r.serial",
+    "lastFailOpenDate": "r.lastFailed", "lastModifiedDate": "r.modified", "lastOpenDate": "r.lastOpened",
+    "messageSize": "m.size", "msgId": "m.id", "numTries": "r.tries", "recipient": "r.address",
+    "recipientCount": "m.recipients", "recipientType": "r.type", "sensitivity": "m.sensitivity",
+    "statusLocked": "r.locked", "statusMsg": "r.statusMessage", "subject": "m.subject", "to": "r.address",
 }
+_TEXT_FIELDS = ("from", "msgId", "recipient", "recipientType", "statusMsg", "subject", "to")
 _TABLES = "FROM recipients r JOIN messages m ON m.id = r.message"
-_SELECT = f"SELECT {', '.join(field.expression for field in _FIELDS.values())} {_TABLES}"
+_SELECT = f"SELECT {', '.join(_FIELDS.values())} {_TABLES}"
 
 
-def _field(name: str) -> _Field:
+def _column(name: str) -> str:
     demand(name in _FIELDS, Status.BAD_VALUE, f'"{name}" is not a field of a tracking record')
     return _FIELDS[name]
 
@@ -64,15 +44,14 @@ def message_information(request: Request, context: Context) -> Reply:
 def _records_of_sender(request: Request, context: Context) -> Reply:
     sender = normal_address(request["fm"])
     demand(sender, Status.MISSING, "neither an envelope nor a user name came")
-    field = _field(request["sf"] or "createDate")
+    field = request["sf"] or "createDate"
+    order = _column(field) + (" COLLATE NOCASE" if field in _TEXT_FIELDS else "") + (" ASC" if request["as"] else " DESC")
     context.accounts.authenticate_owner(sender, request["ky"])
     total = context.store.value(f"SELECT count(*) {_TABLES} WHERE m.sender = ?", sender)
     # Start and size of the page are unsigned numbers on the caller's side.
     start, size = (request[tag] & 0xFFFFFFFF for tag in ("si", "mx"))
-    collation = " COLLATE NOCASE" if field.is_text else ""
-    direction = "ASC" if request["as"] else "DESC"
-    rows = context.store.rows(f"{_SELECT} WHERE m.sender = ? ORDER BY {field.expression}{collation} {direction},"
-                              " r.serial LIMIT ? OFFSET ?", sender, size, start)
+    rows = context.store.rows(f"{_SELECT} WHERE m.sender = ? ORDER BY {order}, r.serial LIMIT ? OFFSET ?",
+                              sender, size, start)
     return _records(rows, "", start, total)
 
 
@@ -91,8 +70,7 @@ class _Selection:
             self.add(name, value)
 
     def add(self, name: str, value: str) -> None:
-        field = _field(name)
-        expression = field.expression if field.is_text else f"CAST({field.expression} AS TEXT)"
+        expression = _column(name) if name in _TEXT_FIELDS else f"CAST({_column(name)} AS TEXT)"
         self.condition += f"{' AND ' if self.condition else ''}{expression} = ?"
         self.values.append(normal_address(value) if name in ("to", "recipient", "from") else value)
 

@@ -1,7 +1,5 @@
 """The wire format that requests and replies share: numbers are big-endian; a value is a tag, a length and its bytes."""
 
-from __future__ import annotations
-
 import struct
 import zlib
 from typing import Iterable, Union

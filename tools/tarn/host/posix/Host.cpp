@@ -1,17 +1,14 @@
 #include "../../Host.h"
 
 #include "../../Text.h"
-#include <arpa/inet.h>
 #include <array>
 #include <cerrno>
 #include <clocale>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <cwctype>
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utf8.h>
@@ -79,10 +76,8 @@ std::string systemText(const std::string& utf8)
 // Most file systems that ignore case compare the upper-case form of each letter by itself.
 std::string foldCase(const std::string& utf8)
 {
-    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (locale == nullptr) {
-        return lowerCase(utf8);
-    }
+    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    static const locale_t locale = unicode ? unicode : newlocale(LC_CTYPE_MASK, "C", nullptr);
     std::u32string characters = toCharacters(utf8);
     for (auto& character : characters) {
         character = static_cast<char32_t>(towupper_l(static_cast<wint_t>(character), locale));
@@ -97,18 +92,6 @@ std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::
         done = link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
     }
     return done ? std::error_code() : std::error_code(errno, std::generic_category());
-}
-
-bool listensOn(std::uint16_t port)
-{
-    const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const bool connected = connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(probe);
-    return connected;
 }
 
 bool isTerminal(Stream stream)

@@ -11,8 +11,6 @@
 #include <io.h>
 #include <memory>
 #define WIN32_LEAN_AND_MEAN
-#include <winsock2.h>
-
 #include <windows.h>
 
 #include <shellapi.h>
@@ -20,13 +18,6 @@
 namespace tarn::host {
 
 namespace {
-
-struct CloseHandleOf
-{
-    using pointer = HANDLE;
-    void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<HANDLE, CloseHandleOf>;
 
 HANDLE hiddenConsole = nullptr; // the console input whose echo is off
 DWORD formerMode = 0;
@@ -145,23 +136,6 @@ std::error_code renameUnlessTaken(const std::filesystem::path& from, const std::
                : std::error_code(static_cast<int>(error), std::system_category());
 }
 
-bool listensOn(std::uint16_t port)
-{
-    WSADATA data;
-    if (WSAStartup(MAKEWORD(2, 2), &data) != 0) {
-        return false;
-    }
-    const SOCKET probe = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const bool connected = connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    closesocket(probe);
-    WSACleanup();
-    return connected;
-}
-
 bool isTerminal(Stream stream)
 {
     return _isatty(static_cast<int>(stream)) != 0;
@@ -169,20 +143,20 @@ bool isTerminal(Stream stream)
 
 std::optional<Secret> ask(const std::string& question, Echo echo)
 {
-    const Handle input(openConsole(L"CONIN$"));
-    const Handle output(openConsole(L"CONOUT$"));
+    static const HANDLE input = openConsole(L"CONIN$");
+    static const HANDLE output = openConsole(L"CONOUT$");
     if (!input || !output) {
         return std::nullopt;
     }
-    if (echo == Echo::hidden && GetConsoleMode(input.get(), &formerMode)) {
-        hiddenConsole = input.get();
+    if (echo == Echo::hidden && GetConsoleMode(input, &formerMode)) {
+        hiddenConsole = input;
         SetConsoleMode(hiddenConsole, formerMode & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
     }
     const auto show = [&](const std::wstring& text) {
         DWORD written = 0;
-        return WriteConsoleW(output.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
+        return WriteConsoleW(output, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
     };
-    auto line = show(toPath(question).native()) ? readLine(input.get()) : std::nullopt;
+    auto line = show(toPath(question).native()) ? readLine(input) : std::nullopt;
     restoreEcho();
     if (echo == Echo::hidden) {
         show(L"\r\n");
