@@ -1,6 +1,6 @@
-// The reply classes. The first byte of an input picks the class (low four bits), whether the rest is a whole reply or
-// only its parameters, which then get a frame with a right CRC (bit 4), and whether the reply arrives in chunks (bit
-// 5).
+// The reply classes. The first two bytes of an input name a class by its code (any others pick one). The third tells
+// whether the rest is a whole reply or only its parameters, which then get a frame with a right CRC (bit 0), and whether
+// the reply arrives in chunks (bit 1).
 #include "MemoryStreams.h"
 #include "ReplyFields.h"
 #include "Target.h"
@@ -11,8 +11,9 @@
 
 namespace {
 
-constexpr std::uint8_t framedBit = 0x10;
-constexpr std::uint8_t chunksBit = 0x20;
+constexpr std::size_t selectorSize = 3;
+constexpr char framedBit = 1;
+constexpr char chunksBit = 2;
 constexpr std::size_t endSize = 6; // end marker and CRC
 
 class Input final : public MemoryInput
@@ -28,6 +29,13 @@ public:
         return CommandInputStream::readString(static_cast<std::int32_t>(std::min<std::int64_t>(length, beyond)));
     }
 };
+
+const ReplyClass& classOf(std::string_view selector)
+{
+    const auto& all = replyClasses();
+    const auto named = std::ranges::find(all, selector.substr(0, 2), &ReplyClass::code);
+    return named != all.end() ? *named : all[static_cast<unsigned char>(selector[0]) % all.size()];
+}
 
 struct Outcome
 {
@@ -65,15 +73,16 @@ void checkFrame(const std::string& code, std::string_view taken)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    if (size == 0) {
+    if (size < selectorSize) {
         return 0;
     }
-    const ReplyClass& reply = replyClasses()[(bytes[0] & 0x0F) % replyClasses().size()];
-    const std::string_view rest = viewOf(bytes + 1, size - 1);
-    const std::string message = (bytes[0] & framedBit) != 0 ? wire::framed(reply.code, rest) : std::string(rest);
+    const std::string_view input = viewOf(bytes, size);
+    const ReplyClass& reply = classOf(input);
+    const std::string_view rest = input.substr(selectorSize);
+    const std::string message = (input[2] & framedBit) != 0 ? wire::framed(reply.code, rest) : std::string(rest);
 
     const Outcome outcome = read(reply, message);
-    if ((bytes[0] & chunksBit) != 0) {
+    if ((input[2] & chunksBit) != 0) {
         demand(read(reply, message, 1) == outcome, "how the bytes arrive makes no difference");
     }
     if (outcome.fields) {
@@ -86,24 +95,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 
 std::vector<std::string> seedInputs()
 {
-    const std::string map = wire::sequence({"key", "value", "other", ""});
-    const std::string items = wire::sequence({wire::parameters({{"da", map}, {"lc", "en"}, {"fc", "text/plain"}}), ""});
     std::vector<std::string> seeds;
-    for (std::size_t i = 0; i < replyClasses().size(); ++i) {
-        const ReplyClass& reply = replyClasses()[i];
+    for (const ReplyClass& reply : replyClasses()) {
         const std::string empty = wire::message(reply.code);
-        // Every field there is: its tags and the sizes of its numbers come from reading the empty reply.
-        wire::Params all = read(reply, empty).fields.value();
-        for (auto& [tag, value] : all) {
-            const bool holdsItems = tag == "le" || tag == "ri" || (tag == "da" && reply.code == "DE");
-            value = !value.empty() ? value : holdsItems ? items : map;
-        }
-        const auto selector = static_cast<char>(i);
-        seeds.push_back(selector + empty);
-        seeds.push_back(static_cast<char>(selector | chunksBit) + wire::message(reply.code, all));
-        seeds.push_back(static_cast<char>(selector | framedBit | chunksBit) + wire::parameters(all));
-        for (const auto& field : all) {
-            seeds.push_back(static_cast<char>(selector | framedBit) + wire::parameters({field}));
+        Input in(empty);
+        const wire::Params examples = reply.examples(in);
+        const std::string full = wire::message(reply.code, examples);
+        demand(read(reply, full).failure.empty(), "each field can be read");
+        const auto add = [&](char flags, const std::string& rest) { seeds.push_back(reply.code + flags + rest); };
+        add(0, empty);
+        add(chunksBit, full);
+        add(framedBit | chunksBit, wire::parameters(examples));
+        for (const auto& example : examples) {
+            add(framedBit, wire::parameters({example}));
         }
     }
     return seeds;

@@ -64,23 +64,23 @@ def requests():
 
 def replies():
     """The same for each parameter that the library reads."""
-    names = sorted(name for name in tracked() if re.match(r"src/remote/.*\.(h|cpp)$", name))
-    text = "\n".join(source(name) for name in names)
+    text = "\n".join(source(name) for name in sorted(tracked()) if re.match(r"src/remote/.*\.h$", name))
+    text = re.sub(r"WithFields<\w+, (\w+)>", r"\1", re.sub(r"WithFields<\w+>", "RemoteResponse", text))
+    aliases = dict(re.findall(r"using (\w+) = (\S+);", text))
     classes = {name: (base, body) for name, base, body in re.findall(
         r"^(?:class|struct) (\w+)(?: final)?(?: : public (\w+))?\n\{\n(.*?)^\};", text, re.MULTILINE | re.DOTALL)}
-    read_by = r"^(?:void )?(\w+)::\w+\(CommandInputStream& stream, .*?\)\n\{\n(.*?)^\}"
-    bodies = dict(re.findall(read_by, text, re.MULTILINE | re.DOTALL))
 
     def read(name, place):
-        base, declared = classes[name]
-        types = dict((field, kind) for kind, field in re.findall(r"^    ([\w:<>]+) (\w+)(?: = .*?)?;", declared,
+        base, body = classes[name]
+        types = dict((field, kind) for kind, field in re.findall(r"^    ([\w:<>]+) (\w+)(?: = .*?)?;", body,
                                                                  re.MULTILINE))
-        body = bodies.get(name, "")
-        for tag, field in re.findall(r'Tagged\{tag\("(..)"\), (\w+)\}', body):
-            yield tag, frozenset(FIELDS[types[field]]), place
-        for tag, item in re.findall(r'parameter == tag\("(..)"\).*?make_\w+<(\w+)>', body, re.DOTALL):
-            yield tag, frozenset({"collection"}), place
-            yield from read(item, f"item of {tag}")
+        for tag, field in re.findall(r'visit\(tag\("(..)"\), (\w+)\)', body):
+            kind = aliases.get(types[field], types[field])
+            if item := re.search(r"_ptr<(\w+)>", kind):
+                yield tag, frozenset({"collection"}), place
+                yield from read(item.group(1), f"item of {tag}")
+            else:
+                yield tag, frozenset(FIELDS[kind]), place
         if base and place.endswith("reply"):
             yield from read(base, place)
 

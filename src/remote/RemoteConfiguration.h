@@ -5,31 +5,29 @@
 namespace Merrow {
 
 // The reply to 'VC'.
-class RemoteVerifyConfigurationResponse final : public RemoteResponse
+class RemoteVerifyConfigurationResponse final : public WithFields<RemoteVerifyConfigurationResponse>
 {
 public:
     explicit RemoteVerifyConfigurationResponse(CommandInputStream& stream) { readResponse(code("VC"), stream); }
 
-    StringMap configErrors; // 'ec'
+    StringMap configErrors;
 
     const StringMap& getFirstMap() const { return configErrors; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit) { return visit(tag("ec"), configErrors); }
 };
 
 // The reply to 'KV'.
-class RemoteKeyserverVersion final : public RemoteResponse
+class RemoteKeyserverVersion final : public WithFields<RemoteKeyserverVersion>
 {
 public:
     explicit RemoteKeyserverVersion(CommandInputStream& stream) { readResponse(code("KV"), stream); }
 
-    StringMap keyserverData; // 'kd'
+    StringMap keyserverData;
 
     const StringMap& getFirstMap() const { return keyserverData; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit) { return visit(tag("kd"), keyserverData); }
 };
 
 } // namespace Merrow

@@ -5,7 +5,7 @@
 namespace Merrow {
 
 // The reply to 'EP': which enrollment form applies.
-class RemoteEnrollParamsResponse final : public RemoteResponse
+class RemoteEnrollParamsResponse final : public WithFields<RemoteEnrollParamsResponse>
 {
 public:
     explicit RemoteEnrollParamsResponse(CommandInputStream& stream) { readResponse(code("EP"), stream); }
@@ -20,12 +20,15 @@ public:
     const StringMap& getSecondMap() const { return al; }
     const StringMap& getThirdMap() const { return sq; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit)
+    {
+        return visit(tag("su"), su) || visit(tag("ou"), ou) || visit(tag("qn"), qn) || visit(tag("qe"), qe) ||
+               visit(tag("al"), al) || visit(tag("sq"), sq);
+    }
 };
 
 // The reply to 'EU'.
-class RemoteEnrollUserResponse final : public RemoteResponse
+class RemoteEnrollUserResponse final : public WithFields<RemoteEnrollUserResponse>
 {
 public:
     explicit RemoteEnrollUserResponse(CommandInputStream& stream) { readResponse(code("EU"), stream); }
@@ -35,8 +38,7 @@ public:
 
     const StringMap& getFirstMap() const { return ve; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit) { return visit(tag("ve"), ve) || visit(tag("el"), el); }
 };
 
 } // namespace Merrow

@@ -18,10 +18,18 @@ struct LocalizedEnvelope
     std::string ct;
     std::string tb;
     std::string th;
+
+    bool anyField(auto visit)
+    {
+        return visit(tag("lc"), lc) || visit(tag("rc"), rc) || visit(tag("en"), en) || visit(tag("ct"), ct) ||
+               visit(tag("tb"), tb) || visit(tag("th"), th);
+    }
 };
 
+void readValue(CommandInputStream& stream, std::int32_t length, std::vector<std::unique_ptr<LocalizedEnvelope>>& items);
+
 // The reply to 'BE'. Each field is named by its tag; what it holds is up to the daemon.
-class RemoteEnvelope final : public RemoteResponse
+class RemoteEnvelope final : public WithFields<RemoteEnvelope>
 {
 public:
     explicit RemoteEnvelope(CommandInputStream& stream) { readResponse(code("BE"), stream); }
@@ -29,7 +37,7 @@ public:
 
     std::string en;
     std::string ct;
-    std::vector<std::unique_ptr<LocalizedEnvelope>> items; // 'le'
+    std::vector<std::unique_ptr<LocalizedEnvelope>> items;
     std::string id;
     std::string an;
     std::string lc;
@@ -40,8 +48,11 @@ public:
     const std::string& getTh() const { return th; }
     const std::string& getTb() const { return tb; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit)
+    {
+        return visit(tag("en"), en) || visit(tag("ct"), ct) || visit(tag("le"), items) || visit(tag("id"), id) ||
+               visit(tag("an"), an) || visit(tag("lc"), lc) || visit(tag("th"), th) || visit(tag("tb"), tb);
+    }
 };
 
 } // namespace Merrow

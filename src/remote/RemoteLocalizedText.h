@@ -5,7 +5,7 @@
 namespace Merrow {
 
 // The reply to 'LT'. Each map has locales as its keys.
-class RemoteLocalizedText final : public RemoteResponse
+class RemoteLocalizedText final : public WithFields<RemoteLocalizedText>
 {
 public:
     explicit RemoteLocalizedText(CommandInputStream& stream) { readResponse(code("LT"), stream); }
@@ -18,8 +18,7 @@ public:
     const StringMap& getSecondMap() const { return th; }
     const StringMap& getThirdMap() const { return tb; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit) { return visit(tag("sl"), sl) || visit(tag("th"), th) || visit(tag("tb"), tb); }
 };
 
 } // namespace Merrow

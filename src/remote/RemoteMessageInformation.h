@@ -16,7 +16,9 @@ class RemoteRecipientInformation final : public RemoteResponse
 public:
     RemoteRecipientInformation(CommandInputStream& stream, std::int32_t length);
 
-    StringMap fields; // 'da'
+    StringMap fields;
+
+    bool anyField(auto visit) { return visit(tag("da"), fields); }
 
     const StringMap& getFirstMap() const { return fields; }
 
@@ -36,8 +38,11 @@ public:
     std::int64_t getLastModifiedDate() const { return Text::decimal<std::int64_t>(getField(Field::lastModifiedDate)); }
 };
 
+void readValue(CommandInputStream& stream, std::int32_t length,
+               std::list<std::shared_ptr<RemoteRecipientInformation>>& recipients);
+
 // The reply to 'MI'.
-class RemoteMessageInformation final : public RemoteLoginResponse
+class RemoteMessageInformation final : public WithFields<RemoteMessageInformation, RemoteLoginResponse>
 {
 public:
     // Shared, because those that getRecipients returned must outlive this object.
@@ -48,12 +53,14 @@ public:
     std::string id;
     std::int32_t si = 0;
     std::int32_t mx = 0;
-    Recipients recipients; // 'ri'
+    Recipients recipients;
 
     const Recipients& getRecipients() const { return recipients; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit)
+    {
+        return visit(tag("id"), id) || visit(tag("si"), si) || visit(tag("mx"), mx) || visit(tag("ri"), recipients);
+    }
 };
 
 } // namespace Merrow

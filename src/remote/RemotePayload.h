@@ -22,15 +22,23 @@ struct TocEntry
     const std::string& getDa() const { return da; }
     const std::string& getOn() const { return on; }
     const std::string& getFc() const { return fc; }
+
+    bool anyField(auto visit)
+    {
+        return visit(tag("ty"), ty) || visit(tag("fl"), fl) || visit(tag("da"), da) || visit(tag("fn"), fn) ||
+               visit(tag("on"), on) || visit(tag("fc"), fc);
+    }
 };
 
+void readValue(CommandInputStream& stream, std::int32_t length, std::vector<std::unique_ptr<TocEntry>>& items);
+
 // The reply to 'DE'.
-class RemotePayload final : public RemoteLoginResponse
+class RemotePayload final : public WithFields<RemotePayload, RemoteLoginResponse>
 {
 public:
     explicit RemotePayload(CommandInputStream& stream) { readResponse(code("DE"), stream); }
 
-    std::vector<std::unique_ptr<TocEntry>> toc; // 'da'
+    std::vector<std::unique_ptr<TocEntry>> toc;
     std::string id;
     std::int32_t ms = 0; // sensitivity
     StringMap kt;
@@ -50,8 +58,12 @@ public:
     const std::vector<std::string>& getTr() const { return tr; }
     const std::vector<std::string>& getTc() const { return tc; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit)
+    {
+        return visit(tag("da"), toc) || visit(tag("id"), id) || visit(tag("ms"), ms) || visit(tag("kt"), kt) ||
+               visit(tag("ku"), ku) || visit(tag("uu"), uu) || visit(tag("ec"), ec) || visit(tag("fm"), fm) ||
+               visit(tag("sj"), sj) || visit(tag("tr"), tr) || visit(tag("tc"), tc);
+    }
 };
 
 } // namespace Merrow

@@ -1,7 +1,5 @@
 #include "remote/RemoteResponse.h"
 
-#include "remote/Fields.h"
-
 namespace Merrow {
 
 void RemoteResponse::readResponse(std::uint16_t expectedCode, CommandInputStream& stream)
@@ -20,8 +18,7 @@ void RemoteResponse::readResponse(std::uint16_t expectedCode, CommandInputStream
 
 void RemoteResponse::readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length)
 {
-    if (!readField(stream, parameter, length, Tagged{tag("cd"), codeText}, Tagged{tag("em"), statusMessage},
-                   Tagged{tag("st"), statusCode})) {
+    if (!readField(stream, parameter, length, *this)) {
         stream.fail("Unknown parameter: " + std::to_string(parameter));
     }
 }

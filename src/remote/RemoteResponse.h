@@ -2,6 +2,7 @@
 
 #include "protocol/Codes.h"
 #include "protocol/CommandInputStream.h"
+#include "remote/Fields.h"
 
 #include <cstdint>
 #include <string>
@@ -15,11 +16,16 @@ namespace Merrow {
 class RemoteResponse
 {
 public:
-    std::string codeText;         // 'cd'
-    std::int16_t statusCode = -1; // 'st'
-    std::string statusMessage;    // 'em'
+    std::string codeText;
+    std::int16_t statusCode = -1;
+    std::string statusMessage;
 
     const std::string& getStatusMessage() const { return statusMessage; }
+
+    bool anyField(auto visit)
+    {
+        return visit(tag("cd"), codeText) || visit(tag("em"), statusMessage) || visit(tag("st"), statusCode);
+    }
 
 protected:
     RemoteResponse() = default;
@@ -30,6 +36,25 @@ protected:
     // Reads the value of one parameter. A derived class handles its own tags and passes all others on, so that an
     // unknown tag ends here, and ends the reply.
     virtual void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length);
+};
+
+// The base of a reply class that has fields of its own, which it lists in `anyField`.
+template <class Reply, class Base = RemoteResponse>
+class WithFields : public Base
+{
+public:
+    using Inherited = Base;
+
+protected:
+    WithFields() = default;
+    ~WithFields() = default;
+
+    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override
+    {
+        if (!readField(stream, parameter, length, static_cast<Reply&>(*this))) {
+            Base::readParameter(stream, parameter, length);
+        }
+    }
 };
 
 } // namespace Merrow

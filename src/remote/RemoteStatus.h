@@ -12,19 +12,19 @@ public:
 };
 
 // The reply to 'ST'. Sizes are in bytes; what has no comment is carried and not used.
-class RemoteDaemonStatus final : public RemoteResponse
+class RemoteDaemonStatus final : public WithFields<RemoteDaemonStatus>
 {
 public:
     explicit RemoteDaemonStatus(CommandInputStream& stream) { readResponse(code("ST"), stream); }
 
-    std::string version;    // 'v '
-    std::int32_t build = 0; // 'bn'
+    std::string version;
+    std::int32_t build = 0;
     std::int64_t bt = 0;
     std::int32_t ct = 0;
     std::int32_t ca = 0;
-    std::int64_t freeMemory = 0;  // 'mf'
-    std::int64_t totalMemory = 0; // 'mt'
-    std::int64_t maxMemory = 0;   // 'mm'
+    std::int64_t freeMemory = 0;
+    std::int64_t totalMemory = 0;
+    std::int64_t maxMemory = 0;
     std::int64_t bs = 0;
     std::int64_t bf = 0;
     std::int64_t ss = 0; // two groups of statistics: a count and two values each
@@ -36,8 +36,14 @@ public:
 
     const std::string& getText() const { return version; }
 
-protected:
-    void readParameter(CommandInputStream& stream, Tag parameter, std::int32_t length) override;
+    bool anyField(auto visit)
+    {
+        return visit(tag("v "), version) || visit(tag("bn"), build) || visit(tag("bt"), bt) || visit(tag("ct"), ct) ||
+               visit(tag("ca"), ca) || visit(tag("mf"), freeMemory) || visit(tag("mt"), totalMemory) ||
+               visit(tag("mm"), maxMemory) || visit(tag("bs"), bs) || visit(tag("bf"), bf) || visit(tag("ss"), ss) ||
+               visit(tag("sa"), sa) || visit(tag("sd"), sd) || visit(tag("es"), es) || visit(tag("ea"), ea) ||
+               visit(tag("ed"), ed);
+    }
 };
 
 } // namespace Merrow
