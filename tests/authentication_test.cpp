@@ -1,7 +1,24 @@
 // What breaks in version, login and configuration check.
 #include "support/ExportTest.h"
+#include "support/ReplyCase.h"
 
 using namespace wire;
+
+namespace {
+
+const ReplyCases authenticationReplies{
+    {"GetTarnVersion", "ST", statusReply({{"v ", "7.6"}, {"bn", int32(1)}, {"mm", int64(2)}, {"sa", float64(.5)}}),
+     [](char* log) { return GetTarnVersion(room<char>(), log); }},
+    {.name = "AuthenticateUser",
+     .code = "LS",
+     .fields = loginReply({{"sl", twoEntries()}}),
+     .call = [](char* log) { return AuthenticateUser("u@x", "secret", wide(u"/c").c_str(), room<char>(), log); },
+     .failureLine = "Unknown exception occured, setting status to -1. GetLastError() : "},
+    {"VerifyLarchConfig", "VC", statusReply({{"ec", twoEntries()}}),
+     [](char* log) { return VerifyLarchConfig("s@x", wide(u"/c").c_str(), log); }},
+};
+
+} // namespace
 
 TEST_F(ExportTest, VersionAndFigures)
 {

@@ -18,10 +18,12 @@ def text_of(*patterns):
 header = text_of("include/TarnRemoteClient.h")
 exports = re.findall(r"^TARN_API .*?(\w+)\(", header, re.MULTILINE)
 test_files = re.search(r"tarn_test_program\(export-tests ([^)]+)\)", text_of("tests/CMakeLists.txt")).group(1).split()
+tests = text_of(*(f"tests/{file}" for file in test_files))
+cases = re.compile(r"^const ReplyCases .*?\n\n", re.MULTILINE | re.DOTALL)
 called = {
-    "called by an export test": text_of(*(f"tests/{file}" for file in test_files)),
+    "called by an export test": cases.sub("", tests),
     "called by the story": text_of("tests/story_test.cpp"),
-    "called by a hostile case": text_of("tests/hostile/ReplyCases.cpp"),
+    "called by a hostile case": "".join(cases.findall(tests)),
     "declared by the C# binding": text_of("bindings/csharp/TarnRemoteClient.cs"),
     "called by the C# wrapper": text_of("bindings/csharp/TarnClient*.cs"),
     "called by the C++ wrapper": text_of("bindings/cpp/*.cpp"),

@@ -1,5 +1,6 @@
 // What breaks when an envelope is decrypted or asked about.
 #include "support/ExportTest.h"
+#include "support/ReplyCase.h"
 
 #include <numeric>
 
@@ -32,6 +33,42 @@ protected:
     Output<char> config;
     Output<TarnWideChar> ku, from;
     std::uint32_t nameSize = 77, typeLength = 77, dataSize = 77;
+};
+
+Params fullPayload()
+{
+    const std::string entry = item("name", "text/plain", "data");
+    return loginReply({{"da", sequence({entry, entry})},
+                       {"ms", int32(1)},
+                       {"kt", twoEntries()},
+                       {"ku", "key"},
+                       {"ec", twoEntries()},
+                       {"fm", "s@x"},
+                       {"tr", twoTexts()},
+                       {"tc", twoTexts()}});
+}
+
+const ReplyCases decryptionReplies{
+    {"DecryptEnvelope", "DE", fullPayload(),
+     [](char* log) {
+         return DecryptEnvelope("secret", "ENVELOPE", nullptr, "r@x", nullptr, room<char>(), 0, room<TarnWideChar>(),
+                                room<TarnWideChar, 1>(), log);
+     }},
+    {.name = "GetPayloadStatus",
+     .code = "DE",
+     .fields = fullPayload(),
+     .call =
+         [](char*) {
+             std::int32_t sensitivity = 0;
+             return GetPayloadStatus("ENVELOPE", nullptr, "r@x", room<TarnWideChar>(), room<char>(), room<char>(),
+                                     room<char>(), &sensitivity);
+         },
+     .failureLine = ""},
+    {"GetRecipients", "DE", fullPayload(),
+     [](char* log) {
+         std::uint32_t sensitivity = 0;
+         return GetRecipients("ENVELOPE", room<TarnWideChar>(), &sensitivity, log);
+     }},
 };
 
 } // namespace

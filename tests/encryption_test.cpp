@@ -1,5 +1,6 @@
 // What breaks when a message is encrypted.
 #include "support/ExportTest.h"
+#include "support/ReplyCase.h"
 
 using namespace wire;
 
@@ -21,6 +22,26 @@ protected:
     }
 
     Output<TarnWideChar> envelope, tb, th, an;
+};
+
+Params fullEnvelope()
+{
+    const std::string localized = parameters({{"lc", "en"}, {"rc", twoTexts()}, {"en", "ENV"}, {"tb", "TEXT"}});
+    return statusReply({{"en", "ENV"},
+                        {"ct", "tt"},
+                        {"le", sequence({localized, localized})},
+                        {"an", "AN"},
+                        {"th", "HTML"},
+                        {"tb", "TEXT"}});
+}
+
+const ReplyCases encryptionReplies{
+    {"EncryptEnvelopeOnline", "BE", fullEnvelope(),
+     [](char* log) {
+         return EncryptEnvelopeOnline("a;b", "", "", "s@x", "secret", "message", wide(u"/c").c_str(),
+                                      room<TarnWideChar>(), room<TarnWideChar, 1>(), room<TarnWideChar, 2>(),
+                                      room<TarnWideChar, 3>(), "", "0", log);
+     }},
 };
 
 } // namespace

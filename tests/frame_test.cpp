@@ -1,9 +1,23 @@
 // What breaks in the frame that every export runs in: connection, log, failures.
 #include "support/ExportTest.h"
+#include "support/ReplyCase.h"
 
 #include <functional>
 
 using namespace wire;
+
+namespace {
+
+const ReplyCases frameReplies{
+    {.name = "StopTarnDaemon",
+     .code = "SD",
+     .fields = statusReply(),
+     .call = [](char* log) -> std::int32_t { return StopTarnDaemon(log); },
+     .success = 1,
+     .failure = 0},
+};
+
+} // namespace
 
 TEST_F(ExportTest, OneConnectionForAllCallsUntilStop)
 {

@@ -1,7 +1,43 @@
 // What breaks in key server information, localized texts and enrollment.
 #include "support/ExportTest.h"
+#include "support/ReplyCase.h"
 
 using namespace wire;
+
+namespace {
+
+Params fullTexts()
+{
+    return statusReply({{"sl", twoEntries()}, {"th", twoEntries()}, {"tb", twoEntries()}});
+}
+
+const ReplyCases keyServerReplies{
+    {"GetKeyServerInfo", "KV", statusReply({{"kd", twoEntries()}}),
+     [](char* log) {
+         std::uint8_t flags[3] = {};
+         return GetKeyServerInfo(wide(u"/c").c_str(), &flags[0], &flags[1], &flags[2], log);
+     }},
+    {"GetSupportedLocales", "LT", fullTexts(),
+     [](char* log) { return GetSupportedLocales(wide(u"/c").c_str(), room<TarnWideChar>(), log); }},
+    {"GetLocalizedMessageBody", "LT", fullTexts(),
+     [](char* log) { return GetLocalizedMessageBody(wide(u"/c").c_str(), "en", room<char>(), room<char>(), log); }},
+    {"GetEnrollParameters", "EP",
+     statusReply({{"su", int32(0)}, {"qn", int32(3)}, {"al", twoEntries()}, {"sq", twoEntries()}}),
+     [](char* log) {
+         std::int32_t numbers[4];
+         return GetEnrollParameters("u@x", "https://k", wide(u"en").c_str(), &numbers[0], &numbers[1], &numbers[2],
+                                    &numbers[3], room<TarnWideChar>(), room<TarnWideChar, 1>(), log);
+     }},
+    {"UserEnroll", "EU", statusReply({{"ve", twoEntries()}, {"el", int32(1)}}),
+     [](char* log) {
+         return UserEnroll("u@x", "https://k", wide(u"F").c_str(), wide(u"L").c_str(), wide(u"secret").c_str(),
+                           wide(u"en").c_str(), "id", "s@x", 0, 1, wide(u"phrase").c_str(), wide(u"q1").c_str(),
+                           wide(u"q2").c_str(), wide(u"q3").c_str(), wide(u"a1").c_str(), wide(u"a2").c_str(),
+                           wide(u"a3").c_str(), 60, "", room<char>(), log);
+     }},
+};
+
+} // namespace
 
 TEST_F(ExportTest, KeyServerFeatures)
 {

@@ -1,5 +1,5 @@
 // What the process keeps when calls go on and on: nothing, but for the objects that the library leaves to it.
-#include "hostile/ReplyCases.h"
+#include "support/ReplyCase.h"
 #include "support/ScriptedDaemon.h"
 
 #include "TarnRemoteClient.h"

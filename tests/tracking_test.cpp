@@ -1,6 +1,7 @@
 // What breaks when sent messages are tracked, locked and expired.
 #include "support/Entries.h"
 #include "support/ExportTest.h"
+#include "support/ReplyCase.h"
 
 using namespace wire;
 
@@ -41,6 +42,47 @@ protected:
 };
 
 const TarnWideChar* const noTexts[] = {nullptr, nullptr};
+
+Params fullInformation()
+{
+    const std::string tracked = record({{"msgId", "m1"}, {"to", "r@x"}});
+    return loginReply({{"id", "m1"}, {"si", int32(0)}, {"mx", int32(1)}, {"ri", sequence({tracked, tracked})}});
+}
+
+const ReplyCases trackingReplies{
+    {"GetLockExpireStatus", "MI", fullInformation(),
+     [](char* log) {
+         std::uint32_t count = 0;
+         return GetLockExpireStatus("secret", "ENVELOPE", nullptr, room<char>(), room<char>(), room<TarnWideChar>(),
+                                    room<char>(), room<char>(), &count, log);
+     }},
+    {"SetLockExpireStatus", "SI", loginReply(),
+     [](char* log) {
+         const char* recipient = "r@x";
+         const std::int32_t lock = 1;
+         const Wide message = wide(u"locked");
+         const TarnWideChar* text = message.c_str();
+         const std::int64_t expiryDate = 5;
+         return SetLockExpireStatus("secret", "ENVELOPE", nullptr, &recipient, &lock, &text, &expiryDate, 1, log);
+     }},
+    {"GetRecipientEntries", "MI", fullInformation(),
+     [](char* log) {
+         TarnRecipientEntry* entries = nullptr;
+         const std::uint32_t wanted = 10;
+         std::uint32_t count = 0;
+         std::uint32_t total = 0;
+         const std::int32_t result =
+             GetRecipientEntries("u@x", "secret", nullptr, &entries, 0, &wanted, &count, &total, "", 1, log);
+         releaseEntries(entries, count);
+         return result;
+     }},
+    {"SetRecipientEntries", "SI", loginReply(),
+     [](char* log) {
+         const char* name = "to";
+         const char* value = "r@x";
+         return SetRecipientEntries("secret", nullptr, &name, &value, 1, 1, wide(u"locked").c_str(), 5, log);
+     }},
+};
 
 } // namespace
 
