@@ -102,7 +102,6 @@ Tracking Client::tracking(const std::string& envelope, const Access& access)
 
 void Client::setTracking(const std::string& envelope, const TrackingState& state, const Access& access)
 {
-    // One recipient a call: of several, only the last one's status would be returned.
     const Narrow address(state.recipient);
     const Wide message(withoutListDelimiter(state.message));
     const char* recipient = address;
