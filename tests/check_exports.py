@@ -50,7 +50,7 @@ cpp_header = text_of("bindings/cpp/include/tarn/Client.h")
 for method in re.findall(r"^    [\w:<>]+ ([a-z]\w*)\(", cpp_header.split("private:")[0], re.MULTILINE):
     if not re.search(rf"\.{method}\(", tool):
         failures.append(f"the C++ wrapper's {method} is called by no command of tarn")
-for command in re.findall(r'\bprogram, context, "(\w+)"', tool):
+for command in re.findall(r'\b(?:program, context, |add\()"(\w+)"', tool):
     if not re.search(rf'(\b(tarn|json)\((?:"--[\w-]+", )*|= [(\[])"{command}"[,)]', tool_tests):
         failures.append(f"the command {command} of tarn is tried by no test of its own")
 methods = {
