@@ -18,7 +18,6 @@ class Context:
         self.started = now_millis()
         self.encryptions: list[float] = []  # how long each took, in milliseconds
         self.decryptions: list[float] = []
-        self.encrypted = 0
         self.encryptions_failed = 0
         self.lock = threading.Lock()  # held by whoever answers a request; what follows needs none
         self.connections_open = 0

@@ -21,7 +21,7 @@ def daemon_status(_: Request, context: Context) -> Reply:
         "v ": VERSION, "bn": _BUILD_NUMBER, "bt": Long(context.started),
         "ct": context.connections_total, "ca": context.connections_open,
         "mf": Long(_memory("SC_AVPHYS_PAGES")), "mt": Long(memory), "mm": Long(memory),
-        "bs": Long(context.encrypted), "bf": Long(context.encryptions_failed),
+        "bs": Long(len(context.encryptions) - context.encryptions_failed), "bf": Long(context.encryptions_failed),
         "ss": Long(len(context.decryptions)), "sa": statistics.fmean(decryptions), "sd": statistics.pstdev(decryptions),
         "es": Long(len(context.encryptions)), "ea": statistics.fmean(encryptions), "ed": statistics.pstdev(encryptions),
     })

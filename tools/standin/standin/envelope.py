@@ -1,8 +1,8 @@
 """The envelope: an HTML document that refers to a stored message by its id. Nothing in it is encrypted."""
 
 import zlib
+from html import escape
 
-from .languages import escape_html
 from .status import Refusal, Status, demand
 from .texts import BLANKS
 from .wire import to_bytes, to_text
@@ -34,7 +34,7 @@ to it.</p>
 
 
 def make_envelope(message_id: str, sender: str) -> bytes:
-    shown = escape_html(sender)
+    shown = escape(sender)
     before = to_bytes(_BEFORE_ID.format(sender=shown)) + _MARKER + to_bytes(message_id) + b" "
     after = to_bytes(_AFTER_CHECK.format(sender=shown))
     return before + _check(before + after) + after

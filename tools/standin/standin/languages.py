@@ -1,8 +1,8 @@
 """The texts around an envelope, in several languages."""
 
-import html
 import re
 from dataclasses import dataclass
+from html import escape
 
 from .texts import normal_address
 
@@ -24,14 +24,10 @@ class Language:
     def html_body(self, sender: str = "", subject: str = "") -> str:
         heads = ""
         if sender:
-            heads = f"<p>{escape_html(f'{self.sender}: {sender}')}<br>{escape_html(f'{self.subject}: {subject}')}</p>\n"
+            heads = f"<p>{escape(f'{self.sender}: {sender}')}<br>{escape(f'{self.subject}: {subject}')}</p>\n"
         return (f'<!DOCTYPE html>\n<html lang="{self.locale}" dir="{self.direction}">\n'
-                f'<head><meta charset="utf-8"></head>\n<body>\n{heads}<p>{escape_html(self.body)}</p>\n'
+                f'<head><meta charset="utf-8"></head>\n<body>\n{heads}<p>{escape(self.body)}</p>\n'
                 "</body>\n</html>\n")
-
-
-def escape_html(text: str) -> str:
-    return html.escape(text, quote=False).replace('"', "&quot;")
 
 
 LANGUAGES = {language.locale: language for language in (

@@ -45,7 +45,8 @@ def _records_of_sender(request: Request, context: Context) -> Reply:
     sender = normal_address(request["fm"])
     demand(sender, Status.MISSING, "neither an envelope nor a user name came")
     field = request["sf"] or "createDate"
-    order = _column(field) + (" COLLATE NOCASE" if field in _TEXT_FIELDS else "") + (" ASC" if request["as"] else " DESC")
+    order = _column(field) + (" COLLATE NOCASE" if field in _TEXT_FIELDS else "")
+    order += " ASC" if request["as"] else " DESC"
     context.accounts.authenticate_owner(sender, request["ky"])
     total = context.store.value(f"SELECT count(*) {_TABLES} WHERE m.sender = ?", sender)
     # Start and size of the page are unsigned numbers on the caller's side.
@@ -116,12 +117,9 @@ def _records_of_map(request: Request, context: Context) -> _Selection:
 
 def _change(request: Request, context: Context, selection: _Selection) -> int:
     changes: dict[str, Any] = {"modified": now_millis()}
-    if "ls" in request:
-        changes["locked"] = int(request["ls"])
-    if "sm" in request:
-        changes["statusMessage"] = request["sm"]
-    if "ed" in request:
-        changes["expires"] = int(request["ed"])
+    for tag, column in (("ls", "locked"), ("sm", "statusMessage"), ("ed", "expires")):
+        if tag in request:
+            changes[column] = request[tag]
     assignments = ", ".join(f"{column} = ?" for column in changes)
     return context.store.execute(
         f"UPDATE recipients SET {assignments} WHERE serial IN (SELECT r.serial {_TABLES} WHERE {selection.condition})",
