@@ -44,8 +44,9 @@ def scripts():
 
 
 @functools.cache
-def ninja_targets():
-    return set(re.findall(r"^([^:\n]+):", run("ninja", "-C", BUILD, "-t", "targets", "all").stdout, re.MULTILINE))
+def targets():
+    listed = run("cmake", "--build", BUILD, "--target", "help").stdout
+    return set(re.findall(r"^(?:\.\.\. )?([^:\s]+)", listed, re.MULTILINE))
 
 
 def calls(text):
@@ -105,7 +106,7 @@ def wrong_in_call(call):
                     f"{BUILD}/bin/{name}", "--gtest_list_tests", option).stdout:
                 yield f"no test is found by {option}"
     for option, target in zip(arguments, arguments[1:]):
-        if name == "cmake" and option == "--target" and target not in ninja_targets():
+        if name == "cmake" and option == "--target" and target not in targets():
             yield f"there is no target {target}"
 
 
