@@ -12,10 +12,13 @@ namespace Tarn
         private const string LinePrefix = "[TarnRemoteClient:";
         private const int Room = TarnRemoteClient.LogSize - TarnRemoteClient.LogReserve;
 
-        /// <summary>Refuses a call whose texts could fill the log: one that overflows ends the process.</summary>
-        public static void RequireRoom(string call, string parameter, IEnumerable<string> loggedTexts)
+        /// <summary>
+        /// Refuses a call whose texts could fill the log: one that overflows ends the process. Besides those that the
+        /// library logs, these are any that the daemon's message may quote.
+        /// </summary>
+        public static void RequireRoom(string call, string parameter, IEnumerable<string> texts)
         {
-            long bytes = loggedTexts.Sum(text => TarnRemoteClient.LogLineSize + (long)Encoding.UTF8.GetByteCount(text));
+            long bytes = texts.Sum(text => TarnRemoteClient.LogLineSize + (long)Encoding.UTF8.GetByteCount(text));
             if (bytes > Room)
                 throw new ArgumentException(string.Format(CultureInfo.InvariantCulture,
                     "too much for one {0}: recipients and other logged texts come to about {1} bytes, and the " +

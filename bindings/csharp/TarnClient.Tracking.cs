@@ -80,7 +80,8 @@ namespace Tarn
                 state.ExpiryDate
             }).ToList();
             string config = CheckedConfigFile();
-            OperationLog.RequireRoom(call, nameof(ConfigFile), new[] { config });
+            foreach (var state in checkedStates)
+                OperationLog.RequireRoom(call, nameof(states), new[] { config, state.Recipient, state.Message });
             return Call(call, () =>
             {
                 // A call for each recipient: its log stays small, and its status is that recipient's own.
@@ -106,7 +107,7 @@ namespace Tarn
             uint startAt = query.StartAt, maxResults = query.MaxResults;
             byte ascending = (byte)(query.Ascending ? 1 : 0);
             string config = CheckedConfigFile();
-            OperationLog.RequireRoom(call, nameof(ConfigFile), new[] { config });
+            OperationLog.RequireRoom(call, nameof(query), new[] { config, query.UserName, query.SortBy ?? "" });
             return Call(call, () =>
             {
                 IntPtr entries = IntPtr.Zero;
@@ -158,7 +159,7 @@ namespace Tarn
             string[] texts = keys.Concat(keys.Select(key => fields[key]))
                 .Select(text => Arguments.Wide(text, nameof(fields))).ToArray();
             string message = Arguments.ListItem(statusMessage, nameof(statusMessage)), config = CheckedConfigFile();
-            OperationLog.RequireRoom(call, nameof(ConfigFile), new[] { config });
+            OperationLog.RequireRoom(call, nameof(fields), texts.Concat(new[] { config, message }));
             return Call(call, () =>
             {
                 using (var names = new TextArray(Encoding.UTF8, texts.Take(keys.Length).ToArray()))

@@ -124,7 +124,7 @@ namespace Tarn
             byte[] user = Arguments.RequiredUtf8(emailAddress, nameof(emailAddress));
             byte[] secret = Arguments.RequiredUtf8(password, nameof(password));
             string config = CheckedConfigFile();
-            OperationLog.RequireRoom(call, nameof(ConfigFile), new[] { config });
+            OperationLog.RequireRoom(call, nameof(emailAddress), new[] { config, emailAddress });
             return Call(call, () =>
             {
                 using (var result = TextBuffer.Value())

@@ -59,14 +59,32 @@ public class ArgumentTests
         Refused("Exception", "recipients", () => Client.GetPayloadStatus("", new[] { "{plugin_delimiter}" }));
         Refused("Exception", "states", () => Client.SetTracking("", "", new[] {
             new RecipientTracking { StatusMessage = "a{plugin_delimiter}b" } }));
+        Refused("Exception", "states", () => Client.SetTracking("", "", new[] {
+            new RecipientTracking { Recipient = "{plugin_delimiter}" } }));
         Refused("Exception", "statusMessage", () =>
             Client.SetEntries("", new Dictionary<string, string>(), true, "{plugin_delimiter}", 0));
-        // A log that overflows ends the process.
-        Refused("Exception", "jarPath", () => Client.StartDaemon(new string('x', 30000)));
-        Refused("Exception", "request", () =>
-            Client.Decrypt(new DecryptRequest { Envelope = "", SessionKey = new string('x', 30000) }));
         Refused("Exception", "Questions", () => Client.Enroll(new Enrollment { Questions = { "", "", "", "" } }));
         Refused("OutOfRangeException", "value", () => TarnBuffers.ValueUnits = 0);
         Refused("Exception", "value", () => TarnClient.LibraryPath = "libTarnRemoteClient.so");
+    }
+
+    // A log that overflows ends the process.
+    [Fact]
+    public void Large()
+    {
+        string large = new string('x', 30000);
+        var named = new TarnClient { ConfigFile = large };
+        foreach (Action call in new Action[] { () => Client.StartDaemon(large), () => Client.Authenticate(large, ""),
+                 () => named.Authenticate("", ""), () => Client.VerifyConfig(large), () => named.VerifyConfig(""),
+                 () => named.GetKeyServerFeatures(), () => named.GetLocales(), () => Client.GetMessageBody(large),
+                 () => named.GetMessageBody(""), () => Client.Encrypt(Message(m => m.Bcc.Add(large))),
+                 () => Client.Encrypt(Message(m => m.From = large)), () => named.Encrypt(Message()),
+                 () => Client.Decrypt(new DecryptRequest { Envelope = "", SessionKey = large }),
+                 () => named.Decrypt(new DecryptRequest { Envelope = "" }),
+                 () => Client.SetTracking("", "", new[] { new RecipientTracking { StatusMessage = large } }),
+                 () => Client.GetEntries(new EntryQuery { SortBy = large }), () => named.GetEntries(new EntryQuery()),
+                 () => Client.SetEntries("", new Dictionary<string, string> { { "to", large } }, true, "", 0),
+                 () => Client.GetEnrollmentForm("", large), () => Client.Enroll(new Enrollment { FirstName = large }) })
+            Assert.Contains("ArgumentException ", Outcome.Of(call));
     }
 }

@@ -82,6 +82,9 @@ public class MessageTests : ScriptedTest
         Expect($"LT ep={Config}", "[[de, Deutsch (Ö)] | [ja, 日本語; 𠮷] | [zz, ]]",
             () => Client.GetLocales().Select(locale => locale.ToString()),
             Reply("LT", 0, "sl", List("de", "Deutsch (Ö)", "ja", "日本語; 𠮷", "zz", "")));
+        // More than there is room for where memory is not taken page by page.
+        Expect(null, (20 << 20).ToString(), () => Client.GetLocales()["k"].Length,
+            Reply("LT", 0, "sl", List("k", new string('v', 20 << 20))));
         Expect($"LT ep={Config}", $"{Text} <p>{Text}", () => Client.GetMessageBody("de"),
             Reply("LT", 0, "tb", List("de", Text), "th", List("de", "<p>" + Text)));
     }
