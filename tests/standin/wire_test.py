@@ -70,7 +70,9 @@ class DaemonTest(unittest.TestCase):
         """Waits until the daemon has complained with the text, count times in all."""
         while self.errors.count(text.encode()) < count:
             self.assertTrue(select.select([self.daemon.stderr], [], [], LIMIT)[0], f"{text!r} not in {self.errors}")
-            self.errors += os.read(self.daemon.stderr.fileno(), 65536)
+            block = os.read(self.daemon.stderr.fileno(), 65536)
+            self.assertTrue(block, f"the daemon ended without {text!r}: {self.errors}")
+            self.errors += block
 
     def run_to_end(self, *arguments, **options):
         """Exit code, and what is on standard output and standard error."""
@@ -309,8 +311,9 @@ class Login(DaemonTest):
         good = self.write("good", "\ufeff# comment\r\n\nhostname = mail.example.com\r\nkeyserver.host=k\n"
                                   "algorithm.cipher=x\nsecureport=443\nopenerurl=https://x/y\ninlinehtml=true\n")
         bad = self.write("bad", "hostname=\nnonsense\nopenerurl=ftp://x\nsecureport=65536\nunsecureport=0\n"
-                                "algorithm.=x\ncolour=red\ncolour=blue\n=x\n" + "x" * 1001)
-        self.expect(client, "VC", (0, {"ep": good, "fm": ALICE}), (0, {"fm": ALICE}))
+                                "algorithm.=x\ncolour=red\ncolour=blue\n=x\nrid=" + "x" * 997)
+        huge = self.write("huge", "\n" * (1 << 20) + "\n")
+        self.expect(client, "VC", (0, {"ep": good, "fm": ALICE}), (0, {"fm": ALICE}), (103, {"ep": huge, "fm": ALICE}))
         status, reply = client.call("VC", ep=bad, fm="nobody@example.com")
         self.assertEqual((status, reply["em"][:13]), (104, b"12 problems: "))
         self.assertEqual(set(mapping(reply["ec"])), {"hostname", "keyserver.host", "line 2", "line 8", "line 9",
@@ -356,6 +359,7 @@ class Encryption(DaemonTest):
                  (105, {**good, "fm": BOB}),
                  (101, {**good, "fm": "x"}),
                  (101, {**good, "bc": "no address"}),
+                 (101, {**good, "bc": "a@" + "b" * 319}),
                  (100, {**good, "to": "", "cc": " "}),
                  (103, {**good, "ep": "/nowhere"}),
                  (108, {**good, "mm": ""})]
@@ -711,6 +715,8 @@ class Lifecycle(DaemonTest):
                           ("--delay", "-1"), ("--reset-after", "-1"), ("--idle", "x")):
             self.assertEqual(self.run_to_end(*arguments)[0], 2, arguments)
         self.assertIn("Exit codes", self.run_to_end("--help")[1])
+        for arguments in (("--\x1b",), ("--answer", "\x1b"), ("--store", "no/\x1b")):
+            self.assertNotIn("\x1b", self.run_to_end(*arguments)[1])
 
     def test_faults_on_purpose(self):
         client = self.start("--answer", "LS=18", "--answer", "SD=-2", "--reset-after", "2")

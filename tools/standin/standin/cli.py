@@ -3,12 +3,12 @@
 import argparse
 import signal
 from pathlib import Path
-from typing import Callable, Sequence
+from typing import Callable, NoReturn, Sequence
 
 from . import configuration, daemon, decryption, encryption, enrollment, keyserver, tracking  # noqa: F401
 from .commands import COMMANDS
 from .context import Context
-from .output import complain, prepare, write_line
+from .output import complain, prepare, printable, write_line
 from .server import ListenError, Server
 from .store import StoreError
 from .trace import Trace
@@ -59,8 +59,13 @@ def _answer(text: str) -> tuple[str, int]:
     return code, number
 
 
+class _Parser(argparse.ArgumentParser):
+    def error(self, message: str) -> NoReturn:
+        super().error(printable(message))  # it quotes the arguments
+
+
 def _parser() -> argparse.ArgumentParser:
-    parser = argparse.ArgumentParser(
+    parser = _Parser(
         "tarn-standin", usage="%(prog)s [OPTIONS]", epilog=_EPILOG, allow_abbrev=False,
         formatter_class=argparse.RawDescriptionHelpFormatter,
         description="A stand-in for the secure-mail daemon, for development and demonstration. It encrypts nothing.")
