@@ -116,6 +116,8 @@ TEST_F(Launch, FailuresAreToldApart)
     EXPECT_EQ(Platform::launchHidden("\"/no/such/program\"", "x"), 2);
     std::filesystem::current_path("/bin");
     EXPECT_EQ(Platform::launchHidden("true", ""), 2) << "nothing is looked for in the current folder";
+    std::filesystem::current_path("/");
+    EXPECT_EQ(Platform::launchHidden("bin/true", ""), 2);
     EXPECT_EQ(Platform::launchHidden("/etc/passwd/program", ""), 2);
     EXPECT_EQ(Platform::launchHidden("/etc/passwd", ""), 5) << "it cannot be executed";
     EXPECT_EQ(Platform::launchHidden("\"/bin/truex", ""), 2) << "quotes come off as a pair";

@@ -125,26 +125,26 @@ TEST_F(CppClient, ListsWhoseTextsHoldTheDelimiterAreRefused)
     EXPECT_EQ(found.recipients.at(0).text, "Call me");
     EXPECT_EQ(found.recipients.at(1).recipient, "c@d");
     EXPECT_EQ(found.lastStatus, 5);
+    daemon.play(answer("DE", 0));
+    const auto record = parameters({{"da", sequence({"statusMsg", "a" + delimiter})}});
+    daemon.play(answer("MI", 0, {{"ri", sequence({record})}}));
+    EXPECT_THROW(client.tracking("e", {}), MalformedAnswer);
 
     const auto requests = daemon.requests().size();
     EXPECT_THROW(client.setTracking("e", {"a@b", true, "x" + delimiter, 0}, {}), std::invalid_argument);
     EXPECT_THROW(client.setRecords({{"to", "a@b"}}, {"", true, delimiter, 0}, {}), std::invalid_argument);
     EXPECT_THROW(client.payloadStatus("e", "", {"a@b;c@d"}), std::invalid_argument);
+    EXPECT_THROW(client.payloadStatus("e", "", {delimiter}), std::invalid_argument);
     EXPECT_THROW(client.login(std::string("a\0b", 3), {}), std::invalid_argument);
     EXPECT_EQ(daemon.requests().size(), requests);
 }
 
-TEST_F(CppClient, TextsThatCouldOverflowTheLogAreRefused)
+TEST_F(CppClient, RecipientsAreCountedBeforeTheirTrackingIsAskedFor)
 {
-    connect();
-    const auto requests = daemon.requests().size();
-    const std::vector<std::string> many(400, "someone@example.com");
-    EXPECT_THROW(client.encrypt({.from = "a@b", .bcc = many, .message = "m"}, {"p", ""}), LogTooSmall);
-    EXPECT_THROW(client.sent({.user = "a@b", .max = 1, .sortBy = std::string(40000, 'x')}, {}), LogTooSmall);
-    EXPECT_EQ(daemon.requests().size(), requests);
-    // The reply's recipients are counted before they are asked for.
-    daemon.play(answer("DE", 0, {{"tr", sequence(many)}}));
+    daemon.play(answer("DE", 0, {{"tr", sequence(std::vector<std::string>(400, "a@b"))}}));
     EXPECT_THROW(client.tracking("e", {}), LogTooSmall);
+    daemon.play(answer("DE", 0));
+    EXPECT_THROW(client.tracking("e", {"", std::string(TARN_LOG_SIZE, 'x')}), LogTooSmall);
 }
 
 TEST_F(CppClient, WideTextsComeThrough)
@@ -170,6 +170,42 @@ TEST_F(CppClient, WideTextsComeThrough)
     std::string expected = "<";
     expected += replacement + replacement + "|" + replacement + replacement + replacement + ">";
     EXPECT_NE(daemon.requests().at(2).find(expected), std::string::npos);
+}
+
+TEST(CppClientAlone, EachTextThatCouldOverflowTheLogIsRefused)
+{
+    Client client;
+    for (std::size_t large = 0; large < 9; ++large) {
+        SCOPED_TRACE(large);
+        // One of a call's texts is large, and another one each time.
+        const auto text = [large](std::size_t index, std::size_t count) {
+            return std::string(index == large % count ? TARN_LOG_SIZE - TARN_LOG_RESERVE : 0, 'x');
+        };
+        const auto of3 = [text](std::size_t index) { return text(index, 3); };
+        EXPECT_THROW(client.startDaemon(text(0, 1)), LogTooSmall);
+        EXPECT_THROW(client.login(text(0, 2), {"", text(1, 2)}), LogTooSmall);
+        EXPECT_THROW(client.verifyConfig(text(0, 2), text(1, 2)), LogTooSmall);
+        EXPECT_THROW(client.features(text(0, 1)), LogTooSmall);
+        EXPECT_THROW(client.locales(text(0, 1)), LogTooSmall);
+        EXPECT_THROW(client.messageBody(text(0, 2), text(1, 2)), LogTooSmall);
+        EXPECT_THROW(client.encrypt({.from = of3(0), .cc = {of3(1)}}, {"", of3(2)}), LogTooSmall);
+        EXPECT_THROW(client.encrypt({.to = {text(0, 2)}, .bcc = {text(1, 2)}}, {}), LogTooSmall);
+        EXPECT_THROW(client.decrypt({.recipient = of3(0), .sessionKey = of3(1)}, {"", of3(2)}), LogTooSmall);
+        EXPECT_THROW(client.setTracking("", {.recipient = of3(0), .message = of3(1)}, {"", of3(2)}), LogTooSmall);
+        EXPECT_THROW(client.sent({.user = of3(0), .sortBy = of3(1)}, {"", of3(2)}), LogTooSmall);
+        EXPECT_THROW(client.setRecords({{of3(0), of3(1)}}, {.message = of3(2)}, {}), LogTooSmall);
+        EXPECT_THROW(client.setRecords({}, {}, {"", text(0, 1)}), LogTooSmall);
+        EXPECT_THROW(client.enrollParameters(of3(0), of3(1), of3(2)), LogTooSmall);
+        Enrollment form;
+        std::string* const texts[] = {&form.address, &form.keyServer,  &form.enrollId,
+                                      &form.sender,  &form.firstName,  &form.lastName,
+                                      &form.locale,  &form.timeFormat, &form.questions[2]};
+        *texts[large] = text(0, 1);
+        EXPECT_THROW(client.enroll(form), LogTooSmall);
+    }
+    // It takes a line of every recipient, and two of the configuration file.
+    EXPECT_THROW(client.encrypt({.bcc = std::vector<std::string>(400, "a@b")}, {}), LogTooSmall);
+    EXPECT_THROW(client.encrypt({}, {"", std::string(TARN_LOG_SIZE / 2, 'x')}), LogTooSmall);
 }
 
 TEST(CppClientAlone, WithoutADaemonALaterCallMayReachOne)
