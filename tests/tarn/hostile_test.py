@@ -20,7 +20,7 @@ from programs import run_tests  # noqa: E402
 from wire import frame, parameter, sized  # noqa: E402
 
 DELIMITER = "{plugin_delimiter}"
-UNSAFE = "\x1b[2J\x07\x9b31m\u202e\u2066\x7f"
+UNSAFE = "\x1b[2J\x07\x9b31m\u202e\u2066\x7f\u061c\u200f\u2028"
 
 
 def reply(code, status, *parameters):
@@ -105,6 +105,12 @@ class AgainstAHostileDaemon(TarnTest):
             output, error = self.ask(*arguments, "--json", code=6, replies=replies, preexec_fn=little_address_space)
             self.assertIn("larger than tarn has room for", error)
             self.assertEqual(json.loads(output)["exitCode"], 6)
+        # A daemon may quote the message in HTML, with six characters for each.
+        self.file("quotes.eml", "Subject: " + '"' * 400_000 + "\n\n")
+        quoted = "&quot;" * 400_000
+        replies = replies | {"BE": [reply("BE", 0, ("en", "e"), ("tb", "t"), ("th", quoted), ("an", "a"))]}
+        self.assertIn(quoted, self.ask("encrypt", "quotes.eml", "--from", ALICE, "--to", BOB, "--json",
+                                       replies=replies, preexec_fn=little_address_space)[0])
         # With address space to spare, the same replies are read.
         for arguments, replies in answers.items():
             self.assertIn(large, self.ask(*arguments, "--json", replies=replies)[0])
@@ -148,7 +154,7 @@ class AgainstAHostileDaemon(TarnTest):
 
     def test_no_control_character_reaches_the_terminal(self):
         self.file("envelope", "e")
-        record = parameter("da", {"to": UNSAFE, "statusMsg": UNSAFE, "msgId": UNSAFE, "subject": UNSAFE})
+        record = parameter("da", {"to": UNSAFE, "statusMsg": UNSAFE, "msgId": UNSAFE, "subject": UNSAFE + "\nforged"})
         entries = ("id", UNSAFE), ("mx", struct.pack(">i", 1)), ("ri", sized(record))
         for arguments, replies in {
             ("version",): {"ST": [reply("ST", 0, ("v ", UNSAFE))]},
@@ -160,9 +166,14 @@ class AgainstAHostileDaemon(TarnTest):
             for options in (["--log"], ["--json", "--log"]):
                 replies = {code: list(many) for code, many in replies.items()}
                 code = 1 if arguments[0] in ("verify", "login") else 0
-                for text in self.ask(*arguments, *options, code=code, replies=replies):
-                    self.assertSafe(text)
+                output, error = self.ask(*arguments, *options, code=code, replies=replies)
+                self.assertSafe(output + error)
+                self.assertNotIn("\nforged", output)
         self.assertSafe(self.tarn("--" + UNSAFE, code=2)[1])
+        with HostileDaemon():
+            code, shown, unasked = self.at_terminal(["login", "alice" + UNSAFE], [(": ", "\x03")])
+        self.assertEqual((code, unasked), (130, []))
+        self.assertSafe(shown)
 
     def test_a_document_is_passed_on_as_it_is_but_not_to_a_terminal(self):
         answer = {"LT": [reply("LT", 0, ("tb", {"en": "one\r\n" + UNSAFE}))]}

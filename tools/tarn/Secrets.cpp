@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Files.h"
 #include "Host.h"
+#include "Text.h"
 #include <algorithm>
 #include <iterator>
 #include <utf8.h>
@@ -89,7 +90,8 @@ Secret readSecret(const SecretSource& source)
 
 Secret password(const std::string& file, const std::string& user)
 {
-    return readSecret({file, "--password-file", "TARN_PASSWORD", user.empty() ? "Password" : "Password of " + user});
+    return readSecret(
+        {file, "--password-file", "TARN_PASSWORD", user.empty() ? "Password" : "Password of " + printable(user)});
 }
 
 std::string askUnlessGiven(const std::string& given, const std::string& option, const std::string& question)
