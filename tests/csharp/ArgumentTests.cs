@@ -75,14 +75,11 @@ public class ArgumentTests
         string large = new string('x', 30000);
         var named = new TarnClient { ConfigFile = large };
         foreach (Action call in new Action[] { () => Client.StartDaemon(large), () => Client.Authenticate(large, ""),
-                 () => named.Authenticate("", ""), () => Client.VerifyConfig(large), () => named.VerifyConfig(""),
-                 () => named.GetKeyServerFeatures(), () => named.GetLocales(), () => Client.GetMessageBody(large),
-                 () => named.GetMessageBody(""), () => Client.Encrypt(Message(m => m.Bcc.Add(large))),
-                 () => Client.Encrypt(Message(m => m.From = large)), () => named.Encrypt(Message()),
+                 () => Client.VerifyConfig(large), () => named.GetKeyServerFeatures(), () => named.GetLocales(),
+                 () => Client.GetMessageBody(large), () => Client.Encrypt(Message(m => m.Bcc.Add(large))),
                  () => Client.Decrypt(new DecryptRequest { Envelope = "", SessionKey = large }),
-                 () => named.Decrypt(new DecryptRequest { Envelope = "" }),
                  () => Client.SetTracking("", "", new[] { new RecipientTracking { StatusMessage = large } }),
-                 () => Client.GetEntries(new EntryQuery { SortBy = large }), () => named.GetEntries(new EntryQuery()),
+                 () => Client.GetEntries(new EntryQuery { SortBy = large }),
                  () => Client.SetEntries("", new Dictionary<string, string> { { "to", large } }, true, "", 0),
                  () => Client.GetEnrollmentForm("", large), () => Client.Enroll(new Enrollment { FirstName = large }) })
             Assert.Contains("ArgumentException ", Outcome.Of(call));

@@ -101,6 +101,10 @@ def check_elf_files(build):
                     "read-only after relocation": "GNU_RELRO" in text, "bound at start": "BIND_NOW" in text,
                     "stack not executable": stack and "E" not in stack.group(1)}
         check(f"{file.name}: hardened", all(hardened.values()), hardened)
+    for file in (build / "bin/tarn", build / "lib/libTarnRemoteClient.so"):
+        symbols = output("nm", "-D", str(file))
+        missing = [name for name in ("__stack_chk_fail@", "_chk@", "glibcxx_assert_fail") if name not in symbols]
+        check(f"{file.name}: guarded stack, checked copies and indices", not missing, missing)
 
 
 def check_paths(prefix, paths):
@@ -124,7 +128,8 @@ def main():
     for prefix, bits in ((arguments.x64, 64), (arguments.x86, 32)):
         check_dll(prefix / "bin/TarnRemoteClient.dll", bits, exports)
         for tool in prefix.glob("bin/*.exe"):
-            check_windows_file(tool, bits)
+            text = check_windows_file(tool, bits)
+            check(f"{tool.name} ({bits} bits): no DLL from the current folder", "SetDllDirectoryW" in text, "not called")
     for prefix in (arguments.linux, arguments.x64, arguments.x86):
         check_paths(prefix, [ROOT, *(build.resolve() for build in arguments.builds)])
     finish()
