@@ -15,11 +15,10 @@ import unittest
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "standin"))
-from cli_test import ALICE, BOB, CAROL, PORT, TIME_LIMIT, TarnTest  # noqa: E402
+from cli_test import ALICE, BOB, PORT, TIME_LIMIT, TarnTest  # noqa: E402
 from programs import run_tests  # noqa: E402
 from wire import frame, parameter, sized  # noqa: E402
 
-DELIMITER = "{plugin_delimiter}"
 UNSAFE = "\x1b[2J\x07\x9b31m\u202e\u2066\x7f\u061c\u200f\u2028"
 
 
@@ -120,7 +119,6 @@ class AgainstAHostileDaemon(TarnTest):
                                  replies={"VC": [reply("VC", 1, ("em", "x" * 40000))]})
         self.assertIn("operation log", error)
         self.assertIn("operation log", json.loads(output)["error"])
-        self.assertIn("too much for one", self.ask("sent", ALICE, "--sort", "x" * 40000, code=2, replies={})[1])
 
     def test_what_is_read_with_a_password_does_not_stay_in_memory(self):
         password, unused = "fruitbat-" * 20, "pangolin-" * 20
@@ -138,19 +136,6 @@ class AgainstAHostileDaemon(TarnTest):
                                           cwd=self.folder, stdin=standard_input, stderr=subprocess.DEVNULL)
                 self.assertEqual(client.wait(TIME_LIMIT), 1)
         self.assertEqual(found, [True, False, False] * 2)
-
-    def test_an_answer_that_looks_like_a_failure_is_an_answer(self):
-        forged = "no\n[TarnRemoteClient:9] Unexpected exception occured. GetLastError() : 104"
-        _, error = self.ask("verify", ALICE, code=1, replies={"VC": [reply("VC", 3, ("em", forged))]})
-        self.assertIn("status 3: no", error)
-
-    def test_delimiters_do_not_move_texts_to_another_recipient(self):
-        self.file("envelope", "e")
-        answers = [reply("DE", 20, ("em", "a" + DELIMITER + "b")), reply("DE", 5)]
-        output, error = self.ask("status", "envelope", "--recipient", BOB, "--recipient", CAROL, code=5,
-                                 replies={"DE": answers})
-        self.assertEqual(output, "")
-        self.assertIn("contradicts itself", error)
 
     def test_no_control_character_reaches_the_terminal(self):
         self.file("envelope", "e")
