@@ -122,7 +122,7 @@ class AgainstAHostileDaemon(TarnTest):
 
     def test_what_is_read_with_a_password_does_not_stay_in_memory(self):
         password, unused = "fruitbat-" * 20, "pangolin-" * 20
-        self.file("password", f"{password}\n{unused}\n")
+        self.file("password", f"{password}\n" + f"{unused}\n" * 300)  # more than later buffers write over
         found = []
 
         def look_and_answer():
