@@ -313,15 +313,18 @@ class WithDaemon(TarnTest):
             self.assertIn(128 + ending, codes)
 
     def test_a_file_that_appears_meanwhile_is_not_replaced(self):
-        envelope = self.envelope(("a.bin", b"new"), ("large.bin", bytes(30_000_000)))
-        parts = self.folder / "parts"
-        with subprocess.Popen([os.environ["TARN"], "decrypt", envelope, "--out", parts, "--recipient", BOB],
-                              env=os.environ | {"TARN_PASSWORD": PASSWORDS[BOB]}, start_new_session=True,
+        envelope = self.envelope(("a.bin", b"new"))
+        parts, pipe = self.folder / "parts", self.folder / "config"
+        os.mkfifo(pipe)  # where the program waits for a reader, after the items and before their names
+        with subprocess.Popen([os.environ["TARN"], "decrypt", envelope, "--out", parts, "--recipient", BOB,
+                               "--save-config", pipe], env=os.environ | {"TARN_PASSWORD": PASSWORDS[BOB]},
                               stdout=subprocess.DEVNULL, stderr=subprocess.PIPE) as client:
-            while client.poll() is None and len(list(parts.glob(".tarn-*"))) < 3:
-                pass  # until the last file, the large one, is being written
+            while client.poll() is None and not list(parts.glob(".tarn-*")):
+                pass
             (parts / "a.bin").write_bytes(b"old")
+            reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
             error = client.communicate(timeout=TIME_LIMIT)[1].decode()
+            os.close(reader)
         self.assertEqual(client.returncode, 4, error)
         self.assertEqual((parts / "a.bin").read_bytes(), b"old")
         self.assertNothingLeft()
