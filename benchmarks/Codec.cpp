@@ -16,7 +16,7 @@ namespace {
 
 using namespace Bench;
 
-// With the double's own copy of each send.
+// Includes the copy that MemoryOutput makes of each send.
 bool encode(const std::string& name, std::size_t size)
 {
     benchmark::RegisterBenchmark(("encode/" + name).c_str(), [size](benchmark::State& state) {

@@ -12,7 +12,7 @@ namespace {
 char logText[TARN_LOG_SIZE];
 char out[1 << 20];
 TarnWideChar wideOut[12 << 20];
-TarnWideChar smallOut[4][1000];
+TarnWideChar smallOut[3][1000];
 const char* const sender = "ann@example.org";
 const char* const password = "secret";
 const TarnWideChar* const configFile = u"config.xml";
@@ -36,7 +36,7 @@ std::int32_t payloadStatus(const std::string& recipients)
     return GetPayloadStatus("envelope", configFile, recipients.c_str(), wideOut, enrollId, from, out, &sensitivity);
 }
 
-// With the release of what it returns.
+// Also releases what it returns.
 std::int32_t recipientEntries()
 {
     TarnRecipientEntry* entries = nullptr;

@@ -19,7 +19,7 @@ struct Exchange
 // Each export that talks to the daemon and keeps the connection, with small, large and long contents.
 std::vector<Exchange> exportExchanges();
 
-// The same work at sizes from 10 to 100,000; names are "growth/WHAT/SIZE".
+// The same work at sizes from 10 to 100,000, or to 400 where the log's bound ends it; names are "growth/WHAT/SIZE".
 std::vector<Exchange> growthExchanges();
 
 } // namespace Bench

@@ -24,7 +24,7 @@ char logText[TARN_LOG_SIZE];
 char config[1000];
 TarnWideChar wide[4][1000];
 
-[[noreturn]] void die(const char* message)
+[[noreturn]] void fail(const char* message)
 {
     std::fprintf(stderr, "tarn-bench-footprint: %s\n", message);
     std::exit(1);
@@ -39,14 +39,14 @@ double memoryFigure(const std::string& name)
             return std::stod(line.substr(name.size() + 1)) * 1024;
         }
     }
-    die("no memory figures");
+    fail("no memory figures");
 }
 
 // The largest memory of the process while `call` runs.
 double peakOf(const std::function<void()>& call)
 {
     if (!(std::ofstream("/proc/self/clear_refs") << 5 << std::flush)) {
-        die("the peak cannot be reset");
+        fail("the peak cannot be reset");
     }
     call();
     return memoryFigure("VmHWM");
@@ -79,7 +79,7 @@ CpuTime cpuTimeOf(const std::function<void()>& call)
 void receiveItem()
 {
     if (DecryptEnvelope("secret", "envelope", u"", "", "", config, 0, wide[0], wide[1], logText) != 0) {
-        die("DecryptEnvelope failed");
+        fail("DecryptEnvelope failed");
     }
     std::uint32_t nameSize = 0;
     std::uint32_t typeSize = 0;
@@ -91,7 +91,7 @@ void receiveItem()
     std::uint32_t flags = 0;
     std::uint32_t kind = 0;
     if (GetNextDecryptedItem(&flags, &kind, name.get(), type.get(), data.get()) != 1 || dataSize != size) {
-        die("GetNextDecryptedItem failed");
+        fail("GetNextDecryptedItem failed");
     }
 }
 
@@ -99,7 +99,7 @@ void sendMessage(const std::string& message)
 {
     if (EncryptEnvelopeOnline("bob@example.org", "", "", "ann@example.org", "secret", message.c_str(), u"", wide[0],
                               wide[1], wide[2], wide[3], "", "0", logText) != 0) {
-        die("EncryptEnvelopeOnline failed");
+        fail("EncryptEnvelopeOnline failed");
     }
 }
 

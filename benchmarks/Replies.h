@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 
 // One reply of each kind that the exports read, as bytes, with status 0 unless its comment says otherwise.

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* usage =
-    "usage: replay-TARGET [--write-seeds DIR] [FILE|DIR...]\n\n"
+    "usage: replay-TARGET [FILE|DIR...]\n       replay-TARGET --write-seeds DIR\n\n"
     "Runs the target over its seeds and the given inputs. A folder that is missing holds none.\n"
     "--write-seeds only writes the seeds, a file each.\n";
 
@@ -81,6 +81,9 @@ try {
             return 2;
         }
         writeSeeds(arguments[1]);
+    } else if (!arguments.empty() && arguments[0].starts_with('-')) {
+        std::cerr << usage;
+        return 2;
     } else {
         replay(arguments);
     }

@@ -59,9 +59,9 @@
  *
  * Log size  A log that does not fit TARN_LOG_SIZE bytes with its terminator ENDS THE PROCESS (as the run-time's bounded
  *          string copy does on an overflow), and so does a null log buffer. Callers therefore bound what they pass.
- *          Each line takes fewer than TARN_LOG_LINE_SIZE bytes besides the value in it; TARN_LOG_RESERVE is what an
- *          estimate should leave for the lines that every call writes and for the daemon's status message. The
- *          functions say what else grows their log.
+ *          Each line that holds a text of the caller's takes fewer than TARN_LOG_LINE_SIZE bytes besides that text;
+ *          TARN_LOG_RESERVE is what an estimate should leave for all other lines, a failure's included, and for the
+ *          daemon's status message. The functions say what else grows their log.
  */
 #ifndef TARN_REMOTE_CLIENT_H
 #define TARN_REMOTE_CLIENT_H
@@ -367,7 +367,7 @@ TARN_API int32_t TARN_CALL GetRecipients(const char* envelope, TarnWideChar* rec
  * recipientCount     out, may be null, for every reply read: how many recipients the lists hold.
  *
  * With a nonzero status the four lists are empty texts and the count is 0. With status 0 each recipient in the reply
- * adds 45 bytes to the log: 700 of them fit, 800 end the process.
+ * adds fewer than 50 bytes to the log: 700 of them fit, 800 end the process.
  * Returns            the status code.
  */
 TARN_API int32_t TARN_CALL GetLockExpireStatus(const char* password, const char* envelope,

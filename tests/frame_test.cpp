@@ -98,7 +98,7 @@ TEST(Header, TheVersionMacrosAgree)
               TARN_REMOTE_CLIENT_VERSION);
 }
 
-TEST(NoDaemon, EveryCallReturnsItsFailureValue)
+TEST(NoDaemon, CallsReturnTheirFailureValues)
 {
     Output<char> log(TARN_LOG_SIZE);
     Output<char> text;

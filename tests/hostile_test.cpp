@@ -1,5 +1,6 @@
 // What breaks when the daemon's replies are damaged, cut off, or made to break us. Whatever comes, the call ends in its
-// failure value (or in success, where the reply can be read as one), and the next call works.
+// failure value (or in success, where the reply can be read as one), and the next call on a fresh connection
+// works.
 #include "support/ReplyCase.h"
 #include "support/ScriptedDaemon.h"
 #include "support/Wire.h"

@@ -93,7 +93,7 @@ TEST_F(Launch, StartsTheProgramAtTheJavaPathWithTheUnquotedPath)
     EXPECT_EQ(report(), withArguments({"-jar"}));
 }
 
-TEST_F(Launch, TheProgramGetsNothingOfTheHostsAndIsNoChildOfIt)
+TEST_F(Launch, TheProgramGetsNoDescriptorsAndNoBlockedSignalsAndIsNotAChild)
 {
     sigset_t signals;
     sigemptyset(&signals);

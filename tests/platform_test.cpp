@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <cerrno>
 
 #ifndef _WIN32
 #include <csignal>

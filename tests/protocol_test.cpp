@@ -1,6 +1,5 @@
 // What breaks when requests are encoded or replies decoded.
 #include "client/RequestParameters.h"
-#include "platform/Platform.h"
 #include "protocol/CommandException.h"
 #include "remote/RemoteStatus.h"
 #include "support/MemoryStreams.h"

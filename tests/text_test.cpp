@@ -11,10 +11,14 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 using Pieces = std::vector<std::string>;
 
-static WideText units(std::u16string_view text)
+namespace {
+
+WideText units(std::u16string_view text)
 {
     return WideText(text.begin(), text.end());
 }
+
+} // namespace
 
 TEST(Conversion, WellFormedTextsBothWays)
 {
@@ -66,7 +70,7 @@ TEST(Conversion, IllFormedTextsAreReplacedNeverRefused)
         Text::utf8IntoWide(text.c_str(), buffer.data());
         return WideText(buffer.data());
     };
-    // Every two first bytes: a character has its shortest form, is no surrogate and not beyond U+10FFFF.
+    // Every two first bytes: a character has its shortest form, is not a surrogate and not beyond U+10FFFF.
     for (unsigned first = 0x80; first <= 0xFF; ++first) {
         const unsigned length = first < 0xC0 ? 1 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 1;
         for (unsigned second = 1; second <= 0xFF; ++second) {
@@ -192,7 +196,7 @@ TEST(EnvelopeConfig, EncodesEveryByteAndDecodesWhatItEncoded)
     EXPECT_EQ(Text::decodeConfigMap(encoded), map);
 }
 
-TEST(EnvelopeConfig, DecodingLeavesOutWhatIsNoPair)
+TEST(EnvelopeConfig, DecodingLeavesOutWhatIsNotAPair)
 {
     const auto decode = [](std::string text) { return Text::decodeConfigMap(Text::encodeCharCodes(text)); };
     EXPECT_EQ(decode("k: v"), StringMap{}) << "a lone pair without its separator";

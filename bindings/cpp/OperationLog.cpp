@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view linePrefix = "[TarnRemoteClient:";
 
-// These write no line between connecting and reading the reply, or have no log.
+// These may write no line between connecting and reading the reply, or have no log.
 constexpr std::string_view silentFunctions[] = {"GetPayloadStatus", "SetRecipientEntries", "GetSupportedLocales",
                                                 "GetLocalizedMessageBody"};
 
@@ -94,7 +94,7 @@ bool tellsNoConnection(std::string_view function, std::string_view log)
     if (std::ranges::find(silentFunctions, function) != std::end(silentFunctions)) {
         return false;
     }
-    // There is the failure's line, and before it at most that the function is called.
+    // Only the failure's line, and before it at most one that names the call.
     const std::string_view firstLine = log.substr(0, log.find('\n'));
     if (firstLine.ends_with(" is called.")) {
         log.remove_prefix(firstLine.size() + 1);

@@ -9,8 +9,9 @@
 
 namespace tarn::detail {
 
-// How much of the operation log a call's own texts take, and those texts of the reply that can be counted before. The
-// daemon's message may quote any of them.
+// How much of the operation log the texts of a call take: those that the library logs, those that it does not log but the
+// daemon's message may quote, and those texts of the reply that can be counted before. A message of more than about
+// TARN_LOG_RESERVE is not covered.
 class LogLoad
 {
 public:

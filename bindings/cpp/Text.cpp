@@ -138,12 +138,12 @@ std::string addressList(const std::vector<std::string>& addresses)
         if (address.find(';') != address.npos) {
             throw std::invalid_argument("the address \"" + address + "\" holds \";\", which separates addresses");
         }
-        list += (&address == &addresses.front() ? "" : ";") + withoutListDelimiter(address);
+        list += (&address == &addresses.front() ? "" : ";") + refuseListDelimiter(address);
     }
     return list;
 }
 
-const std::string& withoutListDelimiter(const std::string& text)
+const std::string& refuseListDelimiter(const std::string& text)
 {
     if (text.find(TARN_LIST_DELIMITER) != text.npos) {
         throw std::invalid_argument("a text holds \"" TARN_LIST_DELIMITER "\", which separates the texts of a list");

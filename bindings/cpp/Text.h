@@ -49,6 +49,6 @@ private:
 std::string addressList(const std::vector<std::string>& addresses);
 
 // Refuses a text that the library would later return within a list, and that would there look like two.
-const std::string& withoutListDelimiter(const std::string& text);
+const std::string& refuseListDelimiter(const std::string& text);
 
 } // namespace tarn::detail

@@ -103,7 +103,7 @@ Tracking Client::tracking(const std::string& envelope, const Access& access)
 void Client::setTracking(const std::string& envelope, const TrackingState& state, const Access& access)
 {
     const Narrow address(state.recipient);
-    const Wide message(withoutListDelimiter(state.message));
+    const Wide message(refuseListDelimiter(state.message));
     const char* recipient = address;
     const std::int32_t locked = state.locked;
     const TarnWideChar* messageText = message;
@@ -141,7 +141,7 @@ void Client::setRecords(const std::vector<KeyValue>& fields, const TrackingState
         values.push_back(Narrow(value));
         load.add(name).add(value);
     }
-    const Wide message(withoutListDelimiter(state.message));
+    const Wide message(refuseListDelimiter(state.message));
     run("SetRecipientEntries", load, {}, [&](char* log) {
         return SetRecipientEntries(Narrow(access.password), Wide(access.configFile), names.data(), values.data(),
                                    static_cast<std::uint32_t>(names.size()), state.locked, message, state.expiry, log);

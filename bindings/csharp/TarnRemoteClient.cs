@@ -22,7 +22,7 @@ namespace Tarn
     {
         /// <summary>The size of a log buffer in bytes.</summary>
         public const int LogSize = 32766;
-        /// <summary>What a line of the log takes at most, besides the value in it.</summary>
+        /// <summary>What a log line that holds a text of the caller's takes at most, besides that text.</summary>
         public const int LogLineSize = 64;
         /// <summary>What an estimate should leave for the lines of every call and the daemon's message.</summary>
         public const int LogReserve = 8192;

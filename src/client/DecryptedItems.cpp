@@ -10,7 +10,7 @@ DecryptedItems& decryptedItems()
     return items;
 }
 
-void DecryptedItems::replaceBy(Merrow::RemotePayload& payload)
+void DecryptedItems::replaceWith(Merrow::RemotePayload& payload)
 {
     std::vector<DecryptedItem> items;
     items.reserve(payload.toc.size());

@@ -22,7 +22,7 @@ class DecryptedItems
 {
 public:
     // Takes the items out of a payload; the former ones are released.
-    void replaceBy(Merrow::RemotePayload& payload);
+    void replaceWith(Merrow::RemotePayload& payload);
 
     // The item at the cursor; null when all were taken.
     const DecryptedItem* next() const;

@@ -51,7 +51,7 @@ std::int32_t DecryptEnvelope(const char* password, const char* envelope, const W
         log("Status message: ", meansWrongCredentials(call.result) ? "User entered an incorrect username or password"
                                                                    : payload->getStatusMessage());
         if (call.result == 0) {
-            decryptedItems().replaceBy(*payload);
+            decryptedItems().replaceWith(*payload);
             getEnvelopeConfig(payload->getEc(), true, configOut);
             Text::utf8IntoWide(payload->getKu().c_str(), kuOut);
             Text::utf8IntoWide(payload->getFm().c_str(), fromOut);

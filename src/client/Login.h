@@ -1,10 +1,9 @@
 #pragma once
 
+#include "platform/WideText.h"
 #include "protocol/CommandInputStream.h"
 #include "protocol/CommandOutputStream.h"
 #include "remote/RemoteLogin.h"
-
-#include "platform/WideText.h"
 
 namespace Client {
 

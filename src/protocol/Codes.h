@@ -19,7 +19,7 @@ consteval Tag code(const char (&letters)[3])
 
 inline constexpr std::uint16_t protocolVersion = 7;
 
-// Stands where a tag is expected and ends the parameters.
+// Comes in the place of a tag and ends the parameters.
 inline constexpr Tag endMarker = 0xCEDE;
 
 } // namespace Merrow

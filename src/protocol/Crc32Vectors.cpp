@@ -15,8 +15,8 @@
 // own remainder, a factor of 32 bits: then both products fit a vector, and can be added to the one that lies n bits
 // further on. What is left is shorter and has the same remainder.
 //
-// Four vectors move on at a time, since a multiplication takes several times longer than the next one has to wait for
-// it. The last four are short enough for the tables.
+// Four vectors move on at a time: the processor can start the next multiplication long before the result of one is there.
+// The last four are short enough for the tables.
 namespace Merrow {
 
 #if defined(TARN_X86)

@@ -28,7 +28,7 @@ struct LocalizedEnvelope
 
 void readValue(CommandInputStream& stream, std::int32_t length, std::vector<std::unique_ptr<LocalizedEnvelope>>& items);
 
-// The reply to 'BE'. Each field is named by its tag; what it holds is up to the daemon.
+// The reply to 'BE'. Each text is named by its tag; what it holds is up to the daemon.
 class RemoteEnvelope final : public WithFields<RemoteEnvelope>
 {
 public:

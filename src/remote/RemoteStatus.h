@@ -11,7 +11,7 @@ public:
     explicit RemoteStopStatus(CommandInputStream& stream) { readResponse(code("SD"), stream); }
 };
 
-// The reply to 'ST'. Sizes are in bytes; what has no comment is carried and not used.
+// The reply to 'ST'. Memory sizes are in bytes. A field that is named by its tag is carried and not used.
 class RemoteDaemonStatus final : public WithFields<RemoteDaemonStatus>
 {
 public:

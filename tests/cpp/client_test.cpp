@@ -71,7 +71,7 @@ TEST_F(CppClient, NothingIsCalledAfterABrokenExchange)
 {
     connect();
     const std::string refusal = answer("LS", 2);
-    // The status has arrived, and still the reply is none.
+    // The status has arrived, but the reply's CRC is wrong.
     daemon.play(refusal.substr(0, refusal.size() - 4) + std::string(4, '\0'));
     EXPECT_THROW(client.login("a@b", {"p", ""}), ExchangeError);
     const auto requests = daemon.requests().size();
@@ -83,7 +83,7 @@ TEST_F(CppClient, NothingIsCalledAfterABrokenExchange)
     EXPECT_EQ(daemon.requests().size(), requests);
 }
 
-TEST_F(CppClient, AnEncryptionThatBreaksDownAfterItsLoginIsNoEnvelope)
+TEST_F(CppClient, AnEncryptionThatBreaksDownAfterItsLoginGivesNoEnvelope)
 {
     daemon.play(answer("LS", 0, {{"sl", sequence({"k", "v"})}}));
     daemon.play("HTTP/1.1 400 Bad Request");
@@ -203,7 +203,7 @@ TEST(CppClientAlone, EachTextThatCouldOverflowTheLogIsRefused)
         *texts[large] = text(0, 1);
         EXPECT_THROW(client.enroll(form), LogTooSmall);
     }
-    // It takes a line of every recipient, and two of the configuration file.
+    // Each recipient takes a line, and the configuration file two.
     EXPECT_THROW(client.encrypt({.bcc = std::vector<std::string>(400, "a@b")}, {}), LogTooSmall);
     EXPECT_THROW(client.encrypt({}, {"", std::string(TARN_LOG_SIZE / 2, 'x')}), LogTooSmall);
 }

@@ -1,7 +1,6 @@
 // That secrets do not stay behind in memory: this process looks for them in its own heap and stack.
 #include "Text.h"
 
-#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <tarn/Secret.h>

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-// The streams over memory instead of a socket: one double for unit tests, fuzz targets and benchmarks.
+// The streams over memory instead of a socket, for unit tests, fuzz targets and benchmarks alike.
 
 // Keeps what was sent, send by send.
 class MemoryOutput final : public Merrow::CommandOutputStream

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "TarnRemoteClient.h"
 #include "Wire.h"
 
 #include <algorithm>

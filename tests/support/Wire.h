@@ -27,7 +27,7 @@ std::string parameters(const Params& params);
 
 std::uint32_t crc(std::string_view bytes);
 
-// A whole message: version, code, parameters, end marker, CRC. What is framed may be no parameters at all.
+// A whole message: version, code, parameters, end marker, CRC. framed() takes any bytes, also ones that are not parameters.
 std::string framed(std::string_view code, std::string_view parameterBytes);
 std::string message(std::string_view code, const Params& params = {});
 

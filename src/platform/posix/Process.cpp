@@ -40,7 +40,7 @@ std::vector<std::string> splitAtBlanks(std::string_view text)
 }
 
 // Runs in the forked process, where only async-signal-safe calls are allowed. The program gets a session of its own,
-// none of our descriptors and signal settings. Returns only when it cannot be started.
+// none of our descriptors and no blocked signals. Returns only when it cannot be started.
 int becomeProgram(const char* program, char* const* arguments, int report)
 {
     setsid();

@@ -1,6 +1,5 @@
 #include "platform/Platform.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <optional>
@@ -26,8 +26,8 @@ class OutputBuffer;
 class Client
 {
 public:
-    // Runs around each call of the library, for instance to trace it; has to call `call` once. lastLog() is the
-    // call's own log after it.
+    // Runs around each call of the library but those of nextItem(), for instance to trace it; has to call `call` once.
+    // lastLog() is the call's own log after it.
     using Around = std::function<void(const char* function, const std::function<void()>& call)>;
 
     explicit Client(Around around = {}) : around_(std::move(around)) {}
@@ -68,7 +68,7 @@ public:
     void setTracking(const std::string& envelope, const TrackingState& state, const Access& access);
     // GetRecipientEntries
     SentPage sent(const SentQuery& query, const Access& access);
-    // SetRecipientEntries: sets the records in which all these fields have these values.
+    // SetRecipientEntries: sets the records that the fields select. The recipient in `state` is not used.
     void setRecords(const std::vector<KeyValue>& fields, const TrackingState& state, const Access& access);
 
     // GetKeyServerInfo

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace tarn {
 
@@ -24,7 +25,8 @@ private:
     std::string log_;
 };
 
-// The daemon answered with another status than 0.
+// The daemon answered with a status other than 0. From startDaemon(): the system refused the launch, and status() is its
+// answer.
 class StatusError : public Error
 {
 public:

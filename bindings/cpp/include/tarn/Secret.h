@@ -8,7 +8,7 @@
 
 namespace tarn {
 
-// Overwrites memory that is not read again, which a compiler would leave out elsewhere.
+// Overwrites memory even though nothing reads it again, which a compiler may otherwise leave out.
 void clearMemory(void* memory, std::size_t size);
 
 // Memory that is cleared before it is freed, also when a container grows or moves.
