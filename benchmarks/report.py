@@ -113,7 +113,8 @@ def footprint(path):
     for case, group in runs.items():
         value = {key: statistics.median(run[key] for run in group) for key in group[0] if key != "case"}
         name, target = names[case]
-        rows.append([name, f"{value['first']:.2f}", f"{value['again']:.2f}", target,
+        verdict = "met" if max(value["first"], value["again"]) <= target else "**missed**"
+        rows.append([name, f"{value['first']:.2f}", f"{value['again']:.2f}", f"{target} {verdict}",
                      f"{value['user']:.1f} + {value['system']:.1f}",
                      f"{value['floor_user']:.1f} + {value['floor_system']:.1f}"])
     return table(["client", "peak, first call (sizes)", "peak, later call (sizes)", "at most",

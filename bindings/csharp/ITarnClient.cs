@@ -79,7 +79,7 @@ namespace Tarn
             CancellationToken cancellation = default(CancellationToken));
 
         /// <summary>Asks what keeps an envelope from being opened, without decrypting it.</summary>
-        /// <remarks>A status is data here, since success is none of the answers.</remarks>
+        /// <remarks>A status is data here: none of a recipient's statuses means success.</remarks>
         /// <exception cref="ArgumentException">A recipient is null or holds a ";".</exception>
         /// <exception cref="TarnReplyException">A text in the answer holds the list delimiter.</exception>
         /// <exception cref="TarnException">See the remarks on <see cref="ITarnClient"/>.</exception>

@@ -43,7 +43,7 @@ namespace Tarn
 
         /// <summary>
         /// What came with the status: for a login with status 25 a text for the user, with status 18 the seconds to
-        /// wait; else empty.
+        /// wait; for an enrollment its answers as one text, "key: value; " for each; else empty.
         /// </summary>
         public string Detail { get; }
     }

@@ -56,8 +56,8 @@ namespace Tarn
         [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern int EncryptEnvelopeOnline([In] byte[] toList, [In] byte[] ccList, [In] byte[] bccList,
             [In] byte[] from, [In] byte[] password, [In] byte[] mimeMessage, string configFile, IntPtr envelopeOut,
-            IntPtr tbOut, IntPtr thOut, IntPtr anOut, [In] byte[] encodedEnvelopeConfig, [In] byte[] loginFlag,
-            IntPtr log);
+            IntPtr textBodyOut, IntPtr htmlBodyOut, IntPtr attachmentNameOut, [In] byte[] encodedEnvelopeConfig,
+            [In] byte[] loginFlag, IntPtr log);
 
         [DllImport(Library, CallingConvention = C, CharSet = CharSet.Unicode, ExactSpelling = true)]
         public static extern int DecryptEnvelope([In] byte[] password, [In] byte[] envelope, string configFile,

@@ -33,11 +33,11 @@ namespace Tarn
         LockedWithMessage = 20,
         /// <summary>The sender locked the message.</summary>
         Locked = 21,
-        /// <summary>The enrollment is needed or not finished; comes with a text for the user.</summary>
+        /// <summary>Enrollment is needed or not finished; comes with a text for the user.</summary>
         EnrollmentUnfinished = 25,
         /// <summary>The envelope is damaged.</summary>
         DamagedEnvelope = 26,
-        /// <summary>The text is no envelope.</summary>
+        /// <summary>The text is not an envelope.</summary>
         NoEnvelope = 34,
         /// <summary>The session key is not valid; wrong credentials.</summary>
         SessionKeyInvalid = 200

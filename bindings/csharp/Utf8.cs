@@ -8,7 +8,7 @@ namespace Tarn
     /// <summary>Zero-terminated UTF-8 texts, the form of the library's 8-bit texts.</summary>
     public static class Utf8
     {
-        /// <summary>The bytes of a text with their terminator; none for null.</summary>
+        /// <summary>The bytes of a text with their terminator; null counts as an empty text.</summary>
         /// <exception cref="ArgumentException">The text holds a zero character, at which it would be cut.</exception>
         public static byte[] Encode([AllowNull] string text) { return Encode(text, nameof(text)); }
 

@@ -256,7 +256,7 @@ class WithDaemon(TarnTest):
         self.assertFalse((parts / "target").exists())
         (parts / "taken.bin").unlink()
         os.mkfifo(parts / "taken.bin")  # a name from outside leads to no pipe, and none is replaced
-        self.assertIn("no regular file", self.tarn(*arguments, "--force", user=BOB, code=4)[1])
+        self.assertIn("not a regular file", self.tarn(*arguments, "--force", user=BOB, code=4)[1])
         self.assertTrue((parts / "taken.bin").is_fifo())
         self.assertIn("exists already", self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out",
                                                   envelope, user=ALICE, code=4)[1])

@@ -1,6 +1,5 @@
 #include "Command.h"
 #include "Failure.h"
-#include "Host.h"
 #include "Secrets.h"
 #include "Text.h"
 #include "Time.h"

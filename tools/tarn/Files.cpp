@@ -140,7 +140,7 @@ OutputFile::OutputFile(fs::path target, FileTraits traits) : target_(std::move(t
     const bool exists = fs::exists(target_, error);
     if (exists && !fs::is_regular_file(target_, error)) {
         if (traits_.nameFromOutside) {
-            throw Failure(Exit::file, toText(target_) + " is there already, and is no regular file");
+            throw Failure(Exit::file, toText(target_) + " exists already and is not a regular file");
         }
         return;
     }

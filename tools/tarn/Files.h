@@ -39,7 +39,7 @@ struct FileTraits
 };
 
 // A file that appears under its name whole or not at all: it is written in a folder of its own beside the target and
-// moved there by commit(). A target that is no regular file, such as a device, is written to directly.
+// moved there by commit(). A target that is not a regular file, such as a device, is written to directly.
 class OutputFile
 {
 public:

@@ -27,7 +27,7 @@ void version(Context& context, const NoOptions&)
                           {{"daemonVersion", daemonVersion}, {"clientVersion", TARN_VERSION}});
 }
 
-// Each failed attempt leaves a socket open in the library: so many at the most that a process may have them.
+// Each failed attempt leaves a socket open in the library: so many attempts stay below what a process may have open.
 constexpr unsigned longestWait = 600;
 
 void waitUntilListening(Client& client, unsigned seconds)

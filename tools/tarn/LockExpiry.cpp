@@ -5,7 +5,6 @@
 #include "Time.h"
 #include "TrackingView.h"
 #include <algorithm>
-#include <optional>
 
 namespace tarn {
 

@@ -1,6 +1,7 @@
 #include "TrackingView.h"
 
 #include "Output.h"
+#include "Time.h"
 
 namespace tarn {
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Time.h"
 #include <nlohmann/json.hpp>
 #include <span>
 #include <string>

@@ -3,6 +3,7 @@
 #include "Host.h"
 #include "ProcessEnd.h"
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 
 namespace tarn {
@@ -38,6 +39,8 @@ Exit run(const std::vector<std::string>& arguments)
         return report({Exit::exchange, error.what() + std::string("; --log shows how far it came")});
     } catch (const std::logic_error& error) { // what the client is given is too much for it, or not fit for it
         return report({Exit::usage, error.what()});
+    } catch (const std::filesystem::filesystem_error& error) {
+        return report({Exit::file, error.what()});
     }
 }
 

@@ -22,7 +22,8 @@ local statuses = {
   [21] = "locked", [25] = "enrollment unfinished", [26] = "damaged envelope", [34] = "not an envelope",
   [100] = "something is missing", [101] = "wrong value", [102] = "nothing matched", [103] = "configuration unreadable",
   [104] = "configuration wrong", [105] = "no login session", [106] = "account exists", [107] = "form refused",
-  [108] = "not a message", [109] = "store failed", [110] = "internal error", [200] = "session key invalid",
+  [108] = "not a message", [109] = "store failed", [110] = "internal error", [111] = "too large",
+  [200] = "session key invalid",
 }
 
 -- A parameter's filter name is "tarn." and its tag; where a tag has further kinds, these follow it.

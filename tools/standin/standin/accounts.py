@@ -1,4 +1,4 @@
-"""Accounts, their sessions, and the enrollment ids handed out. Addresses are normal ones."""
+"""Accounts, their sessions, and the enrollment ids handed out. All addresses are normalized."""
 
 from enum import IntEnum
 from typing import NamedTuple

@@ -77,7 +77,7 @@ def _parser() -> argparse.ArgumentParser:
     option("--config-dir", metavar="DIR", type=_folder,
            help="folder of the envelope configuration files that requests may name (default: none may)")
     option("--idle", metavar="SECONDS", type=_number(0, 1_000_000), default=3600,
-           help="seconds until a silent connection is closed, 0 for never (default: %(default)s)")
+           help="seconds until a silent connection is reset, 0 for never (default: %(default)s)")
     option("--trace", action="store_true", help="print each request and reply on a line, secrets masked")
     option("--answer", metavar="CODE=STATUS", type=_answer, action="append", default=[], dest="answers",
            help="answer this command with this status and do nothing else; can be given several times")

@@ -17,7 +17,7 @@ class Rule:
     decode: Callable[[bytes], Value]
     default: Value = ""  # what a parameter that did not come reads as
     max_size: int = limits.TEXT
-    size: int = 0  # of a value that has always the same
+    size: int = 0  # of a value that always has the same size
     repeats: bool = False
 
 

@@ -9,7 +9,7 @@ from .commands import TEXT, command
 from .context import Context
 from .exchange import Reply, Request, done
 from .status import Refusal, Status
-from .texts import BLANKS, is_address, normal_address
+from .texts import BLANKS, is_address, normalized
 from .wire import to_bytes, to_text
 
 _KNOWN_KEYS = frozenset("""
@@ -141,7 +141,7 @@ def verify_configuration(request: Request, context: Context) -> Reply:
         except Refusal as refusal:
             problems["file"] = refusal.message
             status = refusal.status
-    sender_problem = _sender_problem(normal_address(request["fm"]), context)
+    sender_problem = _sender_problem(normalized(request["fm"]), context)
     if sender_problem:
         problems["sender"] = sender_problem
     if not problems:

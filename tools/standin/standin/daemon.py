@@ -1,4 +1,4 @@
-"""ST and SD: tells how the daemon is, and stops it."""
+"""ST and SD: reports the daemon's state, and stops it."""
 
 import os
 import statistics

@@ -10,7 +10,7 @@ from .exchange import Reply, Request, done
 from .messages import Message
 from .mime import Item, split_mime
 from .status import Refusal, Status, demand
-from .texts import normal_address, now_millis
+from .texts import normalized, now_millis
 from .wire import Secret, Value, encode_parameters
 
 _SENSITIVITY_UNKNOWN = -1
@@ -38,7 +38,7 @@ class _Opening:
         self._messages = context.messages
         self._message = message
         self._password = request["ky"]
-        self._who = normal_address(request["to"])
+        self._who = normalized(request["to"])
 
     def run(self) -> Reply:
         authenticated = by_key = self._identify_by_key()

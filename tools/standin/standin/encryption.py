@@ -11,7 +11,7 @@ from .messages import Message
 from .mime import ATTACHMENT, split_mime
 from .passwords import random_id
 from .status import Status, demand, demand_at_most
-from .texts import is_address, normal_address
+from .texts import is_address, normalized
 from .wire import encode, encode_parameters
 
 _LOCALES = ("en", "de", "fr")  # that get an envelope of their own
@@ -21,7 +21,7 @@ _DEFAULT_CONFIGURATION = {"external.secure.url": "http://127.0.0.1/", "hostname"
 @command("BE", {"tc": TEXT, "sl": MAP, "fm": TEXT, "to": RECIPIENT, "cc": RECIPIENT, "bc": RECIPIENT, "ec": MAP,
                 "ep": TEXT, "mm": DATA})
 def build_envelope(request: Request, context: Context) -> Reply:
-    sender = normal_address(request["fm"])
+    sender = normalized(request["fm"])
     demand(is_address(sender), Status.BAD_VALUE, "the sender is not an e-mail address")
     _demand_session(request, sender, context)
     recipients = _recipients(request)
@@ -54,7 +54,7 @@ def _recipients(request: Request) -> dict[str, str]:
     recipients: dict[str, str] = {}
     for kind in ("to", "cc", "bc"):
         for text in request.all(kind):
-            address = normal_address(text)
+            address = normalized(text)
             if address:
                 demand(is_address(address), Status.BAD_VALUE, f'the recipient "{text}" is not an e-mail address')
                 recipients.setdefault(address, kind)

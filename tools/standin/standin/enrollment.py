@@ -8,7 +8,7 @@ from .exchange import Reply, Request, done
 from .languages import LANGUAGES, language_of
 from .passwords import verify_password
 from .status import Status, demand
-from .texts import BLANKS, is_address, normal_address
+from .texts import BLANKS, is_address, normalized
 from .wire import to_bytes
 
 _FORM_STAGE, _CONFIRM_STAGE, _DONE_STAGE = 0, 1, 2
@@ -22,7 +22,7 @@ _QUESTIONS = ["What was the name of your first pet?", "In which town were you bo
 
 @command("EP", {"tc": TEXT, "ec": MAP, "ea": TEXT, "ul": TEXT}, uses_store=False)
 def enrollment_parameters(request: Request, _: Context) -> Reply:
-    address = normal_address(request["ea"])
+    address = normalized(request["ea"])
     demand(is_address(address), Status.BAD_VALUE, "the address to enroll is not an e-mail address")
     # Two domains show the other forms: one whose users sign on elsewhere, one whose users enroll with one click.
     single_sign_on = address.endswith("@sso.example.com")
@@ -36,7 +36,7 @@ def enrollment_parameters(request: Request, _: Context) -> Reply:
 @command("EU", {"tc": TEXT, "ec": MAP, "ea": TEXT, "fn": TEXT, "ln": TEXT, "pw": SECRET, "pc": TEXT, "es": TEXT,
                 "ul": TEXT, "or": INT, "el": INT, "zo": INT, "pp": SECRET, "pe": INT, "qa": MAP})
 def enroll_user(request: Request, context: Context) -> Reply:
-    address = normal_address(request["ea"])
+    address = normalized(request["ea"])
     if not is_address(address):
         return _refuse(request, {"emailAddress": "is not an e-mail address"})
     account = context.accounts.find(address)
@@ -87,7 +87,7 @@ def _security_questions(request: Request) -> dict[str, tuple[str, str]]:
 
 
 def _form_problems(request: Request) -> dict[str, str]:
-    sender = normal_address(request["es"])
+    sender = normalized(request["es"])
     problems = {
         "firstName": _missing(request["fn"]),
         "lastName": _missing(request["ln"]),

@@ -7,7 +7,7 @@ from .context import Context
 from .exchange import Reply, Request, done
 from .languages import LANGUAGES
 from .status import Refusal, Status, demand
-from .texts import is_address, normal_address
+from .texts import is_address, normalized
 
 VERSION = "7.6.1"
 
@@ -26,7 +26,7 @@ _FEATURES = {
 @command("LS", {"tc": TEXT, "to": TEXT, "ky": SECRET, "ep": TEXT})
 def log_in(request: Request, context: Context) -> Reply:
     named_configuration(request, context)
-    user = normal_address(request["to"])
+    user = normalized(request["to"])
     demand(is_address(user), Status.BAD_VALUE, "the user name is not an e-mail address")
     try:
         context.accounts.authenticate(user, request["ky"])

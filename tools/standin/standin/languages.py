@@ -4,7 +4,7 @@ import re
 from dataclasses import dataclass
 from html import escape
 
-from .texts import normal_address
+from .texts import normalized
 
 
 @dataclass(frozen=True)
@@ -47,4 +47,4 @@ LANGUAGES = {language.locale: language for language in (
 
 def language_of(locale: str) -> Language:
     """The language of a locale such as de or de_AT; English where there is none."""
-    return LANGUAGES.get(normal_address(re.split("[-_]", locale)[0]), LANGUAGES["en"])
+    return LANGUAGES.get(normalized(re.split("[-_]", locale)[0]), LANGUAGES["en"])

@@ -13,7 +13,7 @@ from typing import Iterator
 
 from . import limits
 from .status import Refusal, Status, demand
-from .texts import normal_address
+from .texts import normalized
 
 BODY, ATTACHMENT = 1, 2
 SHOWN_INLINE, NAME_MADE_UP = 1, 2
@@ -65,7 +65,7 @@ def split_mime(source: bytes) -> SplitMessage:
     except (AttributeError, LookupError, TypeError, ValueError):  # what the header parser may raise at its limits
         raise Refusal(Status.NOT_A_MESSAGE, "a header of the message is malformed") from None
     demand(items, Status.NOT_A_MESSAGE, "the message has neither a body nor an attachment")
-    sensitivity = normal_address(root.get("Sensitivity", ""))
+    sensitivity = normalized(root.get("Sensitivity", ""))
     return SplitMessage(_decoded(root.get("Subject", "")),
                         _SENSITIVITIES.index(sensitivity) if sensitivity in _SENSITIVITIES else 0, items)
 

@@ -6,6 +6,7 @@ import secrets
 
 from .wire import to_bytes
 
+
 def hash_password(password: str, salt: str = "") -> str:
     """Salt and key; 16 MB of memory, and some hundredths of a second."""
     salt = salt or random_id()

@@ -16,9 +16,9 @@ def now_millis() -> int:
     return time.time_ns() // 1_000_000
 
 
-def normal_address(address: str) -> str:
-    """Addresses are compared without regard to case and blanks around them."""
-    return address.strip(BLANKS).translate(_LOWER)
+def normalized(text: str) -> str:
+    """Without blanks around it and in lower case: so addresses, locales and sensitivities are compared."""
+    return text.strip(BLANKS).translate(_LOWER)
 
 
 def is_address(address: str) -> bool:

@@ -1,4 +1,4 @@
-"""MI and SI: tells and changes what is tracked of the recipients of messages."""
+"""MI and SI: reads and changes the tracking records of messages."""
 
 from typing import Any
 
@@ -7,7 +7,7 @@ from .configuration import named_configuration
 from .context import Context
 from .exchange import Reply, Request, done
 from .status import Refusal, Status, demand
-from .texts import normal_address, now_millis
+from .texts import normalized, now_millis
 from .wire import encode_parameters
 
 # What a record tells, over _TABLES; also what can be sorted by and selected with.
@@ -42,7 +42,7 @@ def message_information(request: Request, context: Context) -> Reply:
 
 
 def _records_of_sender(request: Request, context: Context) -> Reply:
-    sender = normal_address(request["fm"])
+    sender = normalized(request["fm"])
     demand(sender, Status.MISSING, "neither an envelope nor a user name came")
     field = request["sf"] or "createDate"
     order = _column(field) + (" COLLATE NOCASE" if field in _TEXT_FIELDS else "")
@@ -73,7 +73,7 @@ class _Selection:
     def add(self, name: str, value: str) -> None:
         expression = _column(name) if name in _TEXT_FIELDS else f"CAST({_column(name)} AS TEXT)"
         self.condition += f"{' AND ' if self.condition else ''}{expression} = ?"
-        self.values.append(normal_address(value) if name in ("to", "recipient", "from") else value)
+        self.values.append(normalized(value) if name in ("to", "recipient", "from") else value)
 
 
 @command("SI", {"tc": TEXT, "ky": SECRET, "en": DATA, "ep": TEXT, "to": TEXT, "ri": MAP, "ls": FLAG,
@@ -88,7 +88,7 @@ def set_information(request: Request, context: Context) -> Reply:
 
 
 def _record_of_recipient(request: Request, context: Context) -> _Selection:
-    recipient = normal_address(request["to"])
+    recipient = normalized(request["to"])
     demand(recipient, Status.MISSING, "no recipient came")
     message = context.messages.of_envelope(request["en"])
     context.accounts.authenticate_owner(message.sender, request["ky"])
