@@ -13,7 +13,6 @@ import select
 import signal
 import socket
 import sqlite3
-import stat
 import struct
 import subprocess
 import sys
@@ -93,9 +92,8 @@ class Frames(DaemonTest):
         bad_map = sized(b"k") + struct.pack(">i", 9) + b"v"
         unordered = sized(b"b") + sized(b"") + sized(b"a") + sized(b"")
         cases = [
-            (b"\0\x08ST\xce\xde", "byte 0: version 8"),
-            (frame("ZZ"), "byte 2: unknown command 'ZZ'"),
-            (b"\0\7\x01\x02", "byte 2: unknown command 0x0102"),
+            (b"\0\x08ST\xce\xde", "byte 0: version 8"), (frame("ST")[:-1] + b"\0", "byte 6: CRC 0x"),
+            (frame("ZZ"), "byte 2: unknown command 'ZZ'"), (b"\0\7\x01\x02", "byte 2: unknown command 0x0102"),
             (frame("ST", ("ep", "x")), "byte 4: unknown parameter 'ep' in a 'ST' request"),
             (b"\0\7LSto" + struct.pack(">i", -1), "byte 6: negative length -1 of 'to'"),
             (b"\0\7BEmm" + struct.pack(">i", 2**31 - 1), "byte 6: length 2147483647 of 'mm' exceeds"),
@@ -106,9 +104,7 @@ class Frames(DaemonTest):
             (frame("SI", ("ri", bad_map)), "byte 15: 'ri': the length of a value does not fit"),
             (frame("SI", ("ri", bad_map[:7])), "byte 15: 'ri': the map ends inside the length of a value"),
             (frame("BE", ("ec", unordered)), "byte 19: 'ec': the keys of the map do not ascend"),
-            (frame("LS", ("to", "a"), ("ky", ""), ("to", "b")), "byte 17: parameter 'to' given twice"),
-            (frame("ST")[:-1] + b"\0", "byte 6: CRC 0x"),
-        ]
+            (frame("LS", ("to", "a"), ("ky", ""), ("to", "b")), "byte 17: parameter 'to' given twice")]
         for sent, complaint in cases:
             with self.subTest(complaint):
                 bad = self.client()
@@ -153,21 +149,20 @@ class RandomRequests(DaemonTest):
 
     MIME = (b"Sensitivity: private\r\nSubject: =?utf-8?q?Gr=C3=BC=C3=9Fe?= =?utf-8?b?w6Q=?=\r\n"
             b"Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n"
-            b"Content-Type: text/html; charset*=utf-8''x\r\n\r\n<b>\r\n--b\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: attachment;\r\n"
-            b" filename*0*=utf-8''%E2%82; filename*1*=%AC.bin\r\n\r\neHl6\r\n--b\r\nContent-Type: message/rfc822\r\n"
-            b"Content-Transfer-Encoding: quoted-printable\r\n\r\nA: =62\r\n\r\nx\r\n--b--\r\n")
+            b"Content-Type: text/html; charset*=utf-8''x\r\n\r\n<b>\r\n--b\r\nContent-Transfer-Encoding: base64\r\n"
+            b"Content-Disposition: attachment;\r\n filename*0*=utf-8''%E2%82; filename*1*=%AC.bin\r\n\r\neHl6\r\n"
+            b"--b\r\nContent-Type: message/rfc822\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\nA: =62\r\n\r\n"
+            b"x\r\n--b--\r\n")
 
-    def setUp(self):
-        super().setUp()
-        self.chance = random.Random(5)
+    chance = random.Random(5)
 
     def mutated(self, data):
-        data = bytearray(data)
         for _ in range(self.chance.randint(1, 4)):
             start = self.chance.randrange(len(data) + 1)
             end = start + self.chance.choice((0, 1, 1, 2, 4, 9))
-            data[start:end] = self.chance.choice((b"", self.chance.randbytes(max(end - start, 1)), data[start:end] * 2))
-        return bytes(data)
+            changed = self.chance.choice((b"", self.chance.randbytes(max(end - start, 1)), data[start:end] * 2))
+            data = data[:start] + changed + data[end:]
+        return data
 
     def read_errors(self):
         while select.select([self.daemon.stderr], [], [], 0)[0]:
@@ -180,12 +175,11 @@ class RandomRequests(DaemonTest):
         common = {"tc": "", "ky": "wrong", "ep": file}
         requests = [request(code, values) for code, values in (
             ("ST", {}), ("KV", {"ep": file}), ("LT", {}), ("LS", {**common, "to": CAROL}),
-            ("VC", {"ep": file, "fm": BOB}),
+            ("VC", {"ep": file, "fm": BOB}), ("EP", {"ec": {"a": ""}, "ea": NEW, "ul": "de"}),
             ("BE", {"sl": session, "fm": ALICE, "to": [BOB, NEW], "cc": DAVE, "ec": {"a": "b"}, "mm": self.MIME}),
             ("DE", {"en": envelope, "to": NEW, "sk": "x", "po": True}), ("DE", {"en": envelope, "po": True}),
             ("MI", {**common, "fm": CAROL, "sf": "to", "as": True, "si": 0, "mx": 9}),
             ("SI", {**common, "ri": {"to": BOB, "id": "1"}, "ls": True, "sm": "m", "ed": long(1)}),
-            ("EP", {"ec": {"a": ""}, "ea": NEW, "ul": "de"}),
             ("EU", {"ea": NEW, "pw": "x", "or": 0, "el": 0, "qa": {}}))]
         for _ in range(600):
             data = self.mutated(self.chance.choice(requests))
@@ -204,10 +198,9 @@ class RandomRequests(DaemonTest):
             bad.socket.close()
             self.read_errors()
         self.assertEqual(client.decrypt(envelope, BOB)[0], 0)
-        lines = self.errors.decode().splitlines()
-        self.assertGreater(len(lines), 50)
-        for line in lines:
-            self.assertRegex(line, r"^tarn-standin: connection \d+: bad request, byte \d+: .*; closed$")
+        named = re.findall(rb"(?m)^tarn-standin: connection \d+: bad request, byte \d+: .*; closed\n", self.errors)
+        self.assertGreater(len(named), 50)
+        self.assertEqual(b"".join(named), self.errors)
 
     def test_mime_messages(self):
         client = self.start()
@@ -283,11 +276,8 @@ class Login(DaemonTest):
         session = client.login(BOB)
         self.assertEqual(session["user"], BOB)
         self.assertGreater(int(session["expires"]), milliseconds())
-        self.expect(client, "LS",
-                    (17, {"to": DAVE, "ky": SECRET[DAVE]}),
-                    (101, {"to": "nobody", "ky": "wrong"}),
-                    (103, {"to": BOB, "ky": SECRET[BOB], "ep": "/nowhere"}),
-                    (25, {"to": NEW, "ky": "wrong"}),
+        self.expect(client, "LS", (17, {"to": DAVE, "ky": SECRET[DAVE]}), (101, {"to": "nobody", "ky": "wrong"}),
+                    (103, {"to": BOB, "ky": SECRET[BOB], "ep": "/nowhere"}), (25, {"to": NEW, "ky": "wrong"}),
                     (0, {"to": " Bob@Example.COM", "ky": SECRET[BOB]}))
         link = client.call("LS", to=NEW, ky="wrong")[1]["lk"].decode()
         self.assertRegex(link, r"^http://127\.0\.0\.1/enroll\?id=[0-9a-f]{32}$")
@@ -299,12 +289,9 @@ class Login(DaemonTest):
         self.assertTrue(reply["em"])
 
     def test_a_password_is_compared_as_a_whole_and_has_a_limit(self):
-        client = self.start()
-        self.expect(client, "LS",
-                    (2, {"to": BOB, "ky": SECRET[BOB] + "\0x"}),
-                    (2, {"to": BOB, "ky": "x" * 511}),
-                    (111, {"to": BOB, "ky": "x" * 512}),
-                    (111, {"to": BOB, "ky": "x" * (20 << 20)}))
+        self.expect(self.start(), "LS",
+                    (2, {"to": BOB, "ky": SECRET[BOB] + "\0x"}), (2, {"to": BOB, "ky": "x" * 511}),
+                    (111, {"to": BOB, "ky": "x" * 512}), (111, {"to": BOB, "ky": "x" * (20 << 20)}))
 
     def test_configuration_check_names_each_problem(self):
         client = self.start("--config-dir", str(self.folder))
@@ -352,17 +339,11 @@ class Login(DaemonTest):
 class Encryption(DaemonTest):
     def test_refusals(self):
         client = self.start()
-        mine = client.login(ALICE)
-        good = {"sl": mine, "fm": ALICE, "to": BOB, "mm": MAIL}
-        cases = [(105, {**good, "sl": {}}),
-                 (105, {**good, "sl": {"token": "0" * 32, "user": ALICE}}),
-                 (105, {**good, "fm": BOB}),
-                 (101, {**good, "fm": "x"}),
-                 (101, {**good, "bc": "no address"}),
-                 (101, {**good, "bc": "a@" + "b" * 319}),
-                 (100, {**good, "to": "", "cc": " "}),
-                 (103, {**good, "ep": "/nowhere"}),
-                 (108, {**good, "mm": ""})]
+        good = {"sl": client.login(ALICE), "fm": ALICE, "to": BOB, "mm": MAIL}
+        cases = [(105, {**good, "sl": {}}), (105, {**good, "sl": {"token": "0" * 32, "user": ALICE}}),
+                 (105, {**good, "fm": BOB}), (101, {**good, "fm": "x"}), (101, {**good, "bc": "no address"}),
+                 (101, {**good, "bc": "a@" + "b" * 319}), (100, {**good, "to": "", "cc": " "}),
+                 (103, {**good, "ep": "/nowhere"}), (108, {**good, "mm": ""})]
         self.expect(client, "BE", *cases)
         client.decrypt(client.encrypt(BOB), BOB)
         figures = client.done("ST")
@@ -375,15 +356,12 @@ class Encryption(DaemonTest):
         people = [f"r{i}@example.org" for i in range(201)]
         good = {"sl": client.login(), "fm": ALICE, "to": BOB, "mm": MAIL}
         file = self.write("file", "".join(f"key{i}={'x' * 500}\n" for i in range(16)))
-        self.expect(client, "BE",
-                    (0, {**good, "to": people[1:]}), (111, {**good, "to": people}),
-                    (0, {**good, "mm": f"Subject: {'&' * 1000}\n\ny"}),
-                    (111, {**good, "mm": f"Subject: {'&' * 1001}\n\ny"}),
-                    (0, {**good, "ec": {"k": "x" * 7991}}), (111, {**good, "ec": {"k": "x" * 7992}}),
+        mail = {count: {**good, "mm": f"Subject: {'&' * count}\n\ny"} for count in (1000, 1001)}
+        self.expect(client, "BE", (0, {**good, "to": people[1:]}), (111, {**good, "to": people}), (0, mail[1000]),
+                    (111, mail[1001]), (0, {**good, "ec": {"k": "x" * 7991}}), (111, {**good, "ec": {"k": "x" * 7992}}),
                     (111, {**good, "ep": file}))
         envelope = client.encrypt(BOB)
-        self.assertEqual(client.set(envelope, BOB, True, "x" * 1001)[0], 111)
-        self.assertEqual(client.set(envelope, BOB, True, "x" * 1000)[0], 0)
+        self.assertEqual([client.set(envelope, BOB, True, "x" * size)[0] for size in (1001, 1000)], [111, 0])
         self.assertEqual(client.ask(envelope, BOB)[1]["em"], b"x" * 1000)
         status, reply = client.call("MI", fm=ALICE, ky=SECRET[ALICE], sf="ä" * 4000)
         self.assertEqual((status, reply["em"].decode()[-4:], len(reply["em"]) < 1010), (101, "ä...", True))
@@ -399,8 +377,7 @@ class Encryption(DaemonTest):
         self.assertEqual({item["lc"]: array(item["rc"]) for item in localized}, {
             b"en": [b"eve@example.org"], b"de": [BOB.encode()], b"fr": [CAROL.encode()]})
         status, opened = client.decrypt(reply["en"], CAROL)
-        self.assertEqual(status, 0)
-        self.assertEqual(mapping(opened["ec"]), {"hostname": "given", "rid": "7"})
+        self.assertEqual((status, mapping(opened["ec"])), (0, {"hostname": "given", "rid": "7"}))
         self.assertEqual((array(opened["tr"]), array(opened["tc"])), ([BOB.encode()], [CAROL.encode()]))
 
     def test_mime_parts_come_back_as_they_were(self):
@@ -414,9 +391,7 @@ class Encryption(DaemonTest):
             (b"Content-Type: image/png\r\nContent-ID: <1>\r\nContent-Transfer-Encoding: base64\r\n"
              b"Content-Disposition: attachment; filename*=utf-8''..%2F%E2%82%AC.png\r\n", every_byte),
             (b"Content-Type: text/plain\r\nContent-Transfer-Encoding: quoted-printable\r\n", b"a=b"),
-            (b"Content-Type: message/rfc822\r\n", inner),
-            (b"Content-Type: application/x-nothing\r\n", b""),
-        ]
+            (b"Content-Type: message/rfc822\r\n", inner), (b"Content-Type: application/x-nothing\r\n", b"")]
         encodings = {3: base64.encodebytes, 4: lambda data: data.replace(b"=", b"=3D")}
         mime = b"Sensitivity: Company-Confidential\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n"
         for number, (head, data) in enumerate(pieces):
@@ -436,7 +411,8 @@ class Encryption(DaemonTest):
         client = self.start()
         session = client.login()
         deep = b"".join(b"Content-Type: multipart/mixed; boundary=b%d\n\n--b%d\n" % (i, i) for i in range(20000))
-        for mime in (deep, b"A: " + b";" * (20 << 20), b"Content-Type: message/rfc822\n\n" * 20000, b"A:" + bytes(range(256)) * 20 + b"\n\n"):
+        for mime in (deep, b"A: " + b";" * (20 << 20), b"Content-Type: message/rfc822\n\n" * 20000,
+                     b"A:" + bytes(range(256)) * 20 + b"\n\n"):
             self.assertIn(client.call("BE", sl=session, fm=ALICE, to=BOB, mm=mime)[0], (0, 108))
 
 
@@ -444,20 +420,13 @@ class Decryption(DaemonTest):
     def test_each_class_of_status(self):
         client = self.start()
         envelope = client.encrypt(BOB, CAROL, DAVE, NEW, mime="Sensitivity: private\nSubject: s\n\nx")
-        self.expect(client, "DE",
-                    (5, {"en": envelope, "to": BOB}),
-                    (7, {"en": envelope, "to": ALICE}),
-                    (11, {"en": envelope, "to": NEW}),
-                    (15, {"en": envelope, "to": "else@example.org"}),
-                    (17, {"en": envelope, "to": DAVE}),
-                    (34, {"en": b"", "to": BOB}),
-                    (34, {"en": b"<html>", "to": BOB}),
-                    (26, {"en": envelope[:-20], "to": BOB}),
-                    (26, {"en": envelope[:170], "to": BOB}),
-                    (26, {"en": envelope.replace(b"waits", b"Waits"), "to": BOB}),
-                    (5, {"en": envelope.replace(b"\n", b"\r\n "), "to": BOB}),
-                    (5, {"en": envelope}),
-                    (5, {"en": envelope, "to": BOB, "ky": ""}),
+        for who, status in ((BOB, 5), (ALICE, 7), (NEW, 11), ("else@example.org", 15), (DAVE, 17)):
+            self.assertEqual(client.ask(envelope, who)[0], status, who)
+        for sent, status in (
+                (b"", 34), (b"<html>", 34), (envelope[:-20], 26), (envelope[:170], 26),
+                (envelope.replace(b"waits", b"Waits"), 26), (envelope.replace(b"\n", b"\r\n "), 5)):
+            self.assertEqual(client.ask(sent, BOB)[0], status, sent)
+        self.expect(client, "DE", (5, {"en": envelope}), (5, {"en": envelope, "to": BOB, "ky": ""}),
                     (0, {"en": envelope, "to": ALICE, "ky": SECRET[ALICE]}))
         reply = client.ask(envelope, NEW)[1]
         self.assertEqual((reply["fm"], reply["ms"]), (ALICE.encode(), encode(2)))
@@ -466,16 +435,15 @@ class Decryption(DaemonTest):
             self.assertEqual(client.decrypt(envelope, CAROL, "wrong")[0], 2)
         status, reply = client.ask(envelope, CAROL)
         self.assertEqual((status, len(reply["se"])), (18, 8))
-        elsewhere = self.start()
-        self.assertEqual(elsewhere.ask(envelope, BOB)[0], 16)
+        self.assertEqual(self.start().ask(envelope, BOB)[0], 16)
 
     def test_locked_and_expired(self):
         client = self.start()
         envelope = client.encrypt(BOB)
         now = milliseconds()
-        for asked, opened, settings in ((21, 21, {"locked": True}), (19, 19, {"expires": now - 1}),
-                                        (5, 0, {"expires": now + 60000}), (20, 20, {"locked": True, "message": "Grüße"})):
-            self.assertEqual(client.set(envelope, BOB, **settings)[0], 0)
+        for asked, opened, state in ((21, 21, {"locked": True}), (19, 19, {"expires": now - 1}),
+                                     (5, 0, {"expires": now + 60000}), (20, 20, {"locked": True, "message": "Grüße"})):
+            self.assertEqual(client.set(envelope, BOB, **state)[0], 0)
             self.assertEqual(client.ask(envelope, BOB)[0], asked)
             self.assertEqual(client.decrypt(envelope, BOB)[0], opened)
         self.assertEqual(client.ask(envelope, BOB)[1]["em"].decode(), "Grüße")
@@ -486,11 +454,8 @@ class Decryption(DaemonTest):
         self.assertEqual(client.decrypt(envelope, BOB)[1]["ku"], b"")
         key = client.decrypt(envelope, BOB, po=True)[1]["ku"]
         self.assertEqual(len(key), 32)
-        self.expect(client, "DE",
-                    (6, {"en": envelope, "to": BOB}),
-                    (0, {"en": envelope, "to": BOB, "sk": key}),
-                    (0, {"en": envelope, "sk": key}),
-                    (200, {"en": envelope, "to": CAROL, "sk": key}),
+        self.expect(client, "DE", (6, {"en": envelope, "to": BOB}), (0, {"en": envelope, "to": BOB, "sk": key}),
+                    (0, {"en": envelope, "sk": key}), (200, {"en": envelope, "to": CAROL, "sk": key}),
                     (200, {"en": client.encrypt(BOB), "to": BOB, "sk": key}),
                     (2, {"en": envelope, "ky": "wrong"}))
         client.set(envelope, BOB, True)
@@ -526,27 +491,16 @@ class Tracking(DaemonTest):
     def test_refusals(self):
         client = self.start()
         envelope = client.encrypt(BOB)
-        self.expect(client, "MI",
-                    (5, {"en": envelope}),
-                    (2, {"en": envelope, "ky": "x"}),
-                    (34, {"en": b"x"}),
-                    (100, {"ky": "x"}),
-                    (5, {"fm": ALICE}),
-                    (2, {"fm": ALICE, "ky": "x"}),
-                    (101, {"fm": ALICE, "ky": SECRET[ALICE], "sf": "password"}),
-                    (11, {"fm": NEW, "ky": "x"}))
+        self.expect(client, "MI", (5, {"en": envelope}), (2, {"en": envelope, "ky": "x"}), (34, {"en": b"x"}),
+                    (100, {"ky": "x"}), (5, {"fm": ALICE}), (2, {"fm": ALICE, "ky": "x"}),
+                    (11, {"fm": NEW, "ky": "x"}), (101, {"fm": ALICE, "ky": SECRET[ALICE], "sf": "password"}))
         lock = {"ls": True, "sm": "", "ed": long(0)}
         mine = {"ky": SECRET[ALICE], **lock}
-        self.expect(client, "SI",
-                    (102, {"en": envelope, "to": CAROL, **mine}),
-                    (100, {"en": envelope, **mine}),
-                    (5, {"en": envelope, "to": BOB, **lock}),
+        self.expect(client, "SI", (102, {"en": envelope, "to": CAROL, **mine}), (100, {"en": envelope, **mine}),
                     (101, {"en": envelope, "to": BOB, **mine, "ed": long(-1)}),
-                    (101, {"ri": {"colour": "red"}, **mine}),
-                    (100, {"ri": {}, **mine}),
-                    (102, {"ri": {"to": CAROL}, **mine}),
-                    (2, {"ri": {"to": BOB}, "ky": "x", **lock}),
-                    (5, {"ri": {"to": BOB}, **lock}))
+                    (5, {"en": envelope, "to": BOB, **lock}), (5, {"ri": {"to": BOB}, **lock}),
+                    (100, {"ri": {}, **mine}), (101, {"ri": {"colour": "red"}, **mine}),
+                    (102, {"ri": {"to": CAROL}, **mine}), (2, {"ri": {"to": BOB}, "ky": "x", **lock}))
         self.assertEqual(client.track(envelope)[BOB]["FLAGS"], "0")
 
     def test_selection_changes_only_the_owner_s_records(self):
@@ -571,12 +525,10 @@ class Tracking(DaemonTest):
             self.assertEqual((reply["si"], reply["mx"]), (encode(start), encode(10000)))
             return [record["to"] for record in records(reply)]
 
-        self.assertEqual(page(0, -1, True), names)
-        self.assertEqual(page(0, 3, False), names[:-4:-1])
-        self.assertEqual(page(9998, 50, True), names[9998:])
-        self.assertEqual(page(20000, 5, True), [])
-        self.assertEqual(page(0, 0, True), [])
-        self.assertEqual(page(10, 2, True, "numTries"), names[10:12])
+        for asked, expected in (
+                ((0, -1, True), names), ((0, 3, False), names[:-4:-1]), ((9998, 50, True), names[9998:]),
+                ((20000, 5, True), []), ((0, 0, True), []), ((10, 2, True, "numTries"), names[10:12])):
+            self.assertEqual(page(*asked), expected)
 
 
 class Enrollment(DaemonTest):
@@ -645,9 +597,8 @@ class Store(DaemonTest):
                                 (held, "locked"), (str(self.folder / "no/such"), "No such file"),
                                 (damaged, "damaged|malformed")):
             code, errors = self.run_to_end("--port", "0", "--store", path)
-            self.assertEqual(code, 3, path)
+            self.assertEqual((code, path in errors), (3, True), errors)
             self.assertRegex(errors, complaint)
-            self.assertIn(path, errors)
 
     def test_names_with_a_meaning_for_sqlite_are_refused(self):
         for name in (":memory:", ":x", "file:x", "FILE:x?mode=memory", ""):
@@ -658,7 +609,7 @@ class Store(DaemonTest):
     def test_state_outlives_the_daemon_and_is_its_owner_s_secret(self):
         path = self.folder / "store"
         envelope = self.start("--store", path, preexec_fn=lambda: os.umask(0)).encrypt(BOB)
-        self.assertEqual(stat.S_IMODE(path.stat().st_mode), 0o600)
+        self.assertEqual(path.stat().st_mode & 0o777, 0o600)
         self.end(self.daemon)
         self.assertFalse([password for password in SECRET.values() if password.encode() in path.read_bytes()])
         with contextlib.closing(sqlite3.connect(path)) as database:
@@ -747,10 +698,8 @@ class Lifecycle(DaemonTest):
         text = self.daemon.stdout.read().decode()
         for secret in (token, key, "hushhush1", "passphrase", "Rex", "\x1b", "\u009b", "\u202e", *SECRET.values()):
             self.assertNotIn(secret, text)
-        lines = text.splitlines()
-        self.assertEqual(len(lines), 14)
-        for line in lines:
-            self.assertRegex(line, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z #1 (->|<-) [A-Z]{2}\b")
+        lines = re.findall(r"(?m)^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z #1 (?:->|<-) [A-Z]{2}\b.*$", text)
+        self.assertEqual((len(lines), len(text.splitlines())), (14, 14))
         self.assertTrue(lines[0].endswith(' #1 -> LS tc="" to="alice@example.com" ky=(hidden)'), lines[0])
         self.assertRegex(lines[4], r' mm=".*€.*"\.\.\.\(9012 bytes\)$')
         self.assertRegex(lines[6], r" po=true$")

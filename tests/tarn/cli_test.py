@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """The command-line client end to end, against the stand-in daemon.
 
-TARN and TARN_STANDIN name the two programs, and TARN_LAUNCHING the folder of a library that launches the stand-in daemon
-in place of Java. Everything runs without a terminal, but for the tests that make one.
+TARN and TARN_STANDIN name the two programs, and TARN_LAUNCHING the folder of a library that launches the stand-in
+daemon in place of Java. Everything runs without a terminal, but for the tests that make one.
 """
 import base64
 import json
@@ -26,7 +26,6 @@ PORT = 53007
 TIME_LIMIT = 60
 ALICE, BOB, CAROL = "alice@example.com", "bob@example.com", "carol@example.com"
 PASSWORDS = {ALICE: "wonderland", BOB: "builder", CAROL: "caravan"}
-EVERY_BYTE = bytes(range(256)) * 40
 
 
 def listens():
@@ -88,6 +87,10 @@ class TarnTest(unittest.TestCase):
         self.assertEqual(result.returncode, code, f"{arguments}\n{result.stdout}\n{result.stderr}")
         return result.stdout, result.stderr
 
+    def tarn_in_background(self, *arguments, user=ALICE, **options):
+        return subprocess.Popen([os.environ["TARN"], *arguments], env=os.environ | {"TARN_PASSWORD": PASSWORDS[user]},
+                                start_new_session=True, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, **options)
+
     def json(self, *arguments, **options):
         return json.loads(self.tarn(*arguments, "--json", **options)[0])
 
@@ -108,20 +111,15 @@ class TarnTest(unittest.TestCase):
         if pid == 0:
             os.environ.pop("TARN_PASSWORD", None)
             os.execv(os.environ["TARN"], [os.environ["TARN"], *map(str, arguments)])
-        shown = b""
-        answers = list(answers)
-        deadline = time.monotonic() + TIME_LIMIT
+        shown, answers, deadline = b"", list(answers), time.monotonic() + TIME_LIMIT
         try:
             while time.monotonic() < deadline:
                 if not select.select([terminal], [], [], 1)[0]:
                     continue
                 try:
-                    chunk = os.read(terminal, 4096)
+                    shown += os.read(terminal, 4096)
                 except OSError:
-                    break
-                if not chunk:
-                    break
-                shown += chunk
+                    break  # tarn has ended
                 if answers and shown.decode(errors="replace").endswith(answers[0][0]):
                     os.write(terminal, answers.pop(0)[1].encode())
             else:
@@ -151,8 +149,7 @@ class WithDaemon(TarnTest):
         self.assertEqual(version["status"], 0)
         self.assertRegex(version["daemonVersion"], r"^\d+(\.\d+)+-\d+$")
         _, log = self.tarn("--log", "login", ALICE, user=ALICE)
-        self.assertIn("[TarnRemoteClient:", log)
-        self.assertIn("Status code: 0", log)
+        self.assertRegex(log, r"(?s)\[TarnRemoteClient:.*Status code: 0")
         self.assertNotIn(PASSWORDS[ALICE], log)
 
         password_file = self.file("password", PASSWORDS[ALICE] + "\r\nsecond line\n")
@@ -166,41 +163,33 @@ class WithDaemon(TarnTest):
         _, error = self.tarn("login", ALICE, env={"TARN_PASSWORD": "wrong"}, code=1)
         self.assertIn("status 2 (wrong address or password): " + refused["message"], error)
         unknown = self.json("login", "new@example.com", env={"TARN_PASSWORD": "x"}, code=1)
-        self.assertEqual(unknown["status"], 25)
-        self.assertIn("http", unknown["text"])
-
-    def test_no_terminal_and_no_password_is_an_error(self):
-        _, error = self.tarn("login", ALICE, code=2)
-        self.assertIn("TARN_PASSWORD", error)
+        self.assertEqual((unknown["status"], unknown["text"][:4]), (25, "http"))
+        self.assertIn("TARN_PASSWORD", self.tarn("login", ALICE, code=2)[1])  # there is no terminal to ask at
 
     def test_verify(self):
         good = self.file("gut \u00fc.properties", "hostname=127.0.0.1\nkeyserver.host=127.0.0.1\n")
         self.tarn("verify", ALICE, "--config", good.name)  # relative to tarn's folder, not to the daemon's
         bad = self.json("verify", ALICE, "--config", "missing.properties", code=1)
-        self.assertIn("missing.properties", bad["message"])
-        self.assertIn(str(self.folder), bad["message"])
+        self.assertIn(str(self.folder / "missing.properties"), bad["message"])
 
     def test_round_trip(self):
-        envelope = self.envelope(("every byte.bin", EVERY_BYTE), ("empty.bin", b""), ("\u00fc\U0001F600.bin", b"x"))
+        attached = {"every byte.bin": bytes(range(256)) * 40, "empty.bin": b"", "\u00fc\U0001F600.bin": b"x"}
+        envelope = self.envelope(*attached.items())
         self.assertEqual(self.tarn("recipients", envelope)[0], BOB + "\n")
         result = self.json("decrypt", envelope, "--out", "new/parts", "--recipient", BOB, "--save-config", "saved",
                            "--keep-open", user=BOB)
         parts = self.folder / "new/parts"
-        self.assertEqual((parts / "every byte.bin").read_bytes(), EVERY_BYTE)
-        self.assertEqual((parts / "empty.bin").read_bytes(), b"")
-        self.assertEqual((parts / "\u00fc\U0001F600.bin").read_bytes(), b"x")
-        self.assertEqual({item["file"] for item in result["items"]}, {path.name for path in parts.iterdir()})
-        self.assertEqual(len(result["items"]), 4)
+        written = {path.name: path.read_bytes() for path in parts.iterdir()}
+        self.assertEqual(written, attached | {"body.txt": written["body.txt"]})
+        self.assertEqual((sorted(item["file"] for item in result["items"]), result["from"]), (sorted(written), ALICE))
         self.assertEqual(parts.stat().st_mode & 0o777, 0o700)
-        private = [*parts.iterdir(), self.folder / "saved"]
-        self.assertEqual({path.stat().st_mode & 0o777 for path in private}, {0o600})
-        self.assertEqual(result["from"], ALICE)
+        self.assertEqual({path.stat().st_mode & 0o777 for path in (*parts.iterdir(), self.folder / "saved")}, {0o600})
 
         # The session key opens it again, and the saved configuration makes a reply without a login.
-        self.tarn("decrypt", envelope, "--out", "again", "--recipient", BOB, "--session-key-file", self.file("key", result["key"]))
-        self.tarn("decrypt", envelope, "--out", "by-variable", "--recipient", BOB,
-                  env={"TARN_SESSION_KEY": result["key"]})
-        self.tarn("decrypt", envelope, "--out", "x", "--session-key", result["key"], code=2)
+        again = ("decrypt", envelope, "--force", "--out", "again", "--recipient", BOB)
+        self.tarn(*again, "--session-key-file", self.file("key", result["key"]))
+        self.tarn(*again, env={"TARN_SESSION_KEY": result["key"]})
+        self.tarn(*again, "--session-key", result["key"], code=2)
         reply, _ = self.tarn("encrypt", "-", "--from", BOB, "--to", ALICE, "--envelope-config", "saved", text=mail())
         self.file("reply.env", reply)
         self.tarn("decrypt", "-", "--out", "reply", "--recipient", ALICE, user=ALICE, text=reply)
@@ -275,12 +264,9 @@ class WithDaemon(TarnTest):
         _, error = self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out", "/dev/full", user=ALICE,
                              code=4)
         self.assertIn("No space left", error)
-        with open("/dev/full", "w") as full:
-            environment = os.environ | {"TARN_PASSWORD": PASSWORDS[ALICE]}
-            result = subprocess.run([os.environ["TARN"], "version"], env=environment, stdout=full,
-                                    stderr=subprocess.PIPE, timeout=TIME_LIMIT)
-        self.assertEqual(result.returncode, 4)
-        self.assertIn(b"No space left", result.stderr)
+        with open("/dev/full", "w") as full, self.tarn_in_background("version", stdout=full) as client:
+            self.assertIn(b"No space left", client.communicate(timeout=TIME_LIMIT)[1])
+        self.assertEqual(client.returncode, 4)
 
     def test_interrupt_leaves_all_or_nothing(self):
         large, count = 4, 100  # large ones take time to write, many take time to rename
@@ -293,9 +279,8 @@ class WithDaemon(TarnTest):
             codes = set()
             for phase in phases:
                 shutil.rmtree(parts, ignore_errors=True)
-                with subprocess.Popen([os.environ["TARN"], "decrypt", envelope, "--out", parts, "--recipient", BOB],
-                                      env=os.environ | {"TARN_PASSWORD": PASSWORDS[BOB]}, start_new_session=True,
-                                      stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as client:
+                with self.tarn_in_background("decrypt", envelope, "--out", parts, "--recipient", BOB, user=BOB,
+                                             stdout=subprocess.DEVNULL) as client:
                     while client.poll() is None and not phase():
                         pass
                     client.send_signal(signal.SIGSTOP)
@@ -316,9 +301,8 @@ class WithDaemon(TarnTest):
         envelope = self.envelope(("a.bin", b"new"))
         parts, pipe = self.folder / "parts", self.folder / "config"
         os.mkfifo(pipe)  # where the program waits for a reader, after the items and before their names
-        with subprocess.Popen([os.environ["TARN"], "decrypt", envelope, "--out", parts, "--recipient", BOB,
-                               "--save-config", pipe], env=os.environ | {"TARN_PASSWORD": PASSWORDS[BOB]},
-                              stdout=subprocess.DEVNULL, stderr=subprocess.PIPE) as client:
+        with self.tarn_in_background("decrypt", envelope, "--out", parts, "--recipient", BOB, "--save-config", pipe,
+                                     user=BOB, stdout=subprocess.DEVNULL) as client:
             while client.poll() is None and not list(parts.glob(".tarn-*")):
                 pass
             (parts / "a.bin").write_bytes(b"old")
@@ -342,12 +326,12 @@ class WithDaemon(TarnTest):
         _, error = self.tarn(*encrypt, "letter.eml", *(f"--bcc=recipient-{i}@example.com" for i in range(1000)),
                              user=ALICE, code=2)
         self.assertIn("too much for one EncryptEnvelopeOnline", error)
-        for wrong in ([], ["login"], ["start", "x", "--wait", "601"], ["version", "--nonsense"], ["sent", ALICE, "--max", "-1"],
-                      ["expire", "letter.eml"], ["expire", "letter.eml", "--at", "+1d", "--never"]):
+        for wrong in ([], ["login"], ["start", "x", "--wait", "601"], ["version", "--nonsense"],
+                      ["sent", ALICE, "--max", "-1"], ["expire", "letter.eml"],
+                      ["expire", "letter.eml", "--at", "+1d", "--never"]):
             self.tarn(*wrong, code=2)
-        for time_text in ("tomorrow", "2026-02-30", "2026-01-01T25:00", "2026-01-01x", "+1y", "+",
-                          "2026-01-01T10:00+1"):
-            self.assertIn("is not a time", self.tarn("expire", "letter.eml", "--at", time_text, user=ALICE, code=2)[1])
+        for when in ("tomorrow", "2026-02-30", "2026-01-01T25:00", "2026-01-01x", "+1y", "+", "2026-01-01T10:00+1"):
+            self.assertIn("is not a time", self.tarn("expire", "letter.eml", "--at", when, user=ALICE, code=2)[1])
         self.assertIn('unknown command "nonsense"', self.tarn("nonsense", code=2)[1])
         self.assertIn('is "decrypt" meant', self.tarn("decyrpt", code=2)[1])
         self.assertIn("TARN_PASSWORD", self.tarn("--help")[0])
@@ -358,11 +342,9 @@ class WithDaemon(TarnTest):
 
     def test_status(self):
         envelope = self.envelope(to=(BOB, "new@example.com"))
-        found = self.json("status", envelope, "--recipient", BOB, "--recipient", "new@example.com",
-                          "--recipient", CAROL)
+        found = self.json("status", envelope, *(f"--recipient={who}" for who in (BOB, "new@example.com", CAROL)))
         self.assertEqual([entry["status"] for entry in found["recipients"]], [5, 11, 15])
-        self.assertTrue(found["enrollId"])
-        self.assertEqual(found["sender"], ALICE)
+        self.assertEqual((found["sender"], found["enrollId"] != ""), (ALICE, True))
         self.assertIn("not a recipient", self.tarn("status", envelope, "--recipient", CAROL)[0])
         ended = self.json("status", envelope, "--recipient", BOB, "--recipient", CAROL, "--config", "missing", code=1)
         self.assertEqual([entry["status"] for entry in ended["recipients"]], [ended["status"]])
@@ -415,26 +397,21 @@ class WithDaemon(TarnTest):
         self.assertEqual(len({(record["messageId"], record["recipient"]) for record in records}), total)
         dates = [record["createDate"] for record in records]
         self.assertEqual(dates, sorted(dates, reverse=True))
-        names = [record["recipient"] for record in
-                 self.json("sent", ALICE, "--sort", "to", "--ascending", "--max", total, user=ALICE)["records"]]
-        self.assertEqual(names, sorted(names))
+        by_name = self.json("sent", ALICE, "--sort", "to", "--ascending", "--max", total, user=ALICE)["records"]
+        self.assertEqual(by_name, sorted(by_name, key=lambda record: record["recipient"]))
         self.assertRegex(records[0]["created"], r"^20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$")
-        self.assertIsNone(records[0]["firstOpened"])
-        self.assertEqual(records[0]["subject"], "Gr\u00fc\u00dfe")
+        self.assertEqual((records[0]["firstOpened"], records[0]["subject"]), (None, "Gr\u00fc\u00dfe"))
         table, _ = self.tarn("sent", ALICE, "--max", 2, user=ALICE, env={"TZ": "UTC"})
         self.assertIn(f"records 1 to 2 of {total}\n", table)
         self.assertIn(records[0]["created"][:16].replace("T", " "), table)
         self.assertIn("no records", self.tarn("sent", ALICE, "--start", total, user=ALICE)[0])
-        refused = self.json("sent", ALICE, "--sort", "nonsense", user=ALICE, code=1)
-        self.assertEqual(refused["status"], 101)
-        self.assertIn("status 101: ", refused["error"])
+        self.assertIn("status 101: ", self.json("sent", ALICE, "--sort", "nonsense", user=ALICE, code=1)["error"])
 
     def test_key_server(self):
         features = self.json("features")
-        self.assertTrue(features["readByEnabled"] and features["expirationSupported"]
-                        and features["localizedTextEnabled"])
+        for feature in ("readByEnabled", "expirationSupported", "localizedTextEnabled"):
+            self.assertTrue(features[feature], feature)
         locales = self.json("locales")["locales"]
-        self.assertGreaterEqual(len(locales), 5)
         bodies = {locale: self.json("body", "--locale", locale) for locale in locales}
         everything = "".join(body["text"] + body["html"] for body in bodies.values())
         self.assertTrue(any(ord(letter) > 0xFFFF for letter in everything))
@@ -454,12 +431,10 @@ class WithDaemon(TarnTest):
         refused = self.json(*arguments, env={"TARN_PASSWORD": "weak"}, code=1)
         self.assertIn("password", refused["message"])
         _, log = self.tarn(*arguments, "--log", env={"TARN_PASSWORD": "correct horse 1", "TARN_PASS_PHRASE": "Sesam"})
-        for secret in ("correct horse 1", "Sesam", "Rex", "Ulm", "secret answer"):
-            self.assertNotIn(secret, log)
-        self.assertIn("enrollmentStage 1", log)
-        self.assertIn("What was the name of your first pet?", log)
-        self.tarn("decrypt", envelope, "--out", "parts", "--recipient", address,
-                  env={"TARN_PASSWORD": "correct horse 1"})
+        self.assertNotRegex(log, "correct horse 1|Sesam|Rex|Ulm|secret answer")
+        for entered in ("enrollmentStage 1", "What was the name of your first pet?"):
+            self.assertIn(entered, log)
+        self.tarn("decrypt", envelope, "--out", "x", "--recipient", address, env={"TARN_PASSWORD": "correct horse 1"})
 
     def test_enroll_at_a_terminal(self):
         address = "emil@example.com"
@@ -473,17 +448,13 @@ class WithDaemon(TarnTest):
             ("own words): ", "2\n"), ('born?": ', "Hiddenburg\n"), ("own words): ", "Mine?\n"),
             ('Mine?": ', "Hiddenmine\n"), ("own words): ", "3\n"), ('school?": ', "Hiddenschool\n")])
         self.assertEqual((code, unasked), (0, []), shown)
-        for secret in ("tinker", "Hidden"):
-            self.assertNotIn(secret, shown)
-        self.tarn("decrypt", envelope, "--out", "parts", "--recipient", address,
-                  env={"TARN_PASSWORD": "tinker tailor 3"})
+        self.assertNotRegex(shown, "tinker|Hidden")
+        self.tarn("decrypt", envelope, "--out", "x", "--recipient", address, env={"TARN_PASSWORD": "tinker tailor 3"})
 
     def test_interrupt_at_the_hidden_prompt(self):
-        code, shown, unasked = self.at_terminal(["login", ALICE], [(ALICE + ": ", "\x03")])
-        self.assertEqual((code, unasked), (130, []), shown)
-        code, shown, unasked = self.at_terminal(["login", ALICE], [(ALICE + ": ", "\x1c")])
-        self.assertEqual((code, unasked), (131, []), shown)
-        self.assertTrue(self.echoes)
+        for key, ended in (("\x03", 130), ("\x1c", 131)):
+            code, shown, unasked = self.at_terminal(["login", ALICE], [(ALICE + ": ", key)])
+            self.assertEqual((code, unasked, self.echoes), (ended, [], True), shown)
 
     def test_json_has_one_shape(self):
         self.file("letter.eml", mail())
@@ -498,11 +469,11 @@ class WithDaemon(TarnTest):
         self.assertEqual(self.json("recipients", "-", text=whole)["recipients"], [BOB])
 
     def test_a_closed_standard_output_is_an_error_and_gets_nothing_of_the_connection(self):
-        for arguments, code in ((["version"], 4), (["login", ALICE, "--json"], 4)):
+        for arguments in (["version"], ["login", ALICE, "--json"]):
             shell = ["sh", "-c", '"$0" "$@" >&-', os.environ["TARN"], *arguments]
-            ended = subprocess.run(shell, env=os.environ | {"TARN_PASSWORD": PASSWORDS[ALICE]},
-                                   stderr=subprocess.PIPE, timeout=TIME_LIMIT)
-            self.assertEqual(ended.returncode, code)
+            ended = subprocess.run(shell, env=os.environ | {"TARN_PASSWORD": PASSWORDS[ALICE]}, stderr=subprocess.PIPE,
+                                   timeout=TIME_LIMIT)
+            self.assertEqual(ended.returncode, 4)
             self.assertIn(b"standard output cannot be written", ended.stderr)
 
 
@@ -512,8 +483,7 @@ class WithoutDaemon(TarnTest):
             self.fail(f"port {PORT} is taken: end what listens there first")
         for command in (["version"], ["stop"], ["login", ALICE], ["status", "x", "--recipient", BOB], ["features"],
                         ["lock", "x"], ["enroll", BOB]):
-            _, error = self.tarn(*command, code=3)
-            self.assertIn("no daemon listens", error)
+            self.assertIn("no daemon listens", self.tarn(*command, code=3)[1])
         self.assertEqual(self.json("version", code=3)["exitCode"], 3)
         self.assertIn("is not a file", self.tarn("start", "missing.jar", code=4)[1])
         self.assertIn("no such program", self.tarn("start", self.file("daemon.jar", ""), code=1)[1])
@@ -525,8 +495,7 @@ class WithoutDaemon(TarnTest):
         self.assertIn("the launch was accepted, but no daemon listens after 1 seconds", error)
         started = self.json("start", self.file("daemon.jar", ""), "--wait", TIME_LIMIT, env=environment)
         self.addCleanup(self.tarn, "stop")
-        self.assertTrue(started["listens"])
-        self.assertGreater(started["launchResult"], 32)
+        self.assertEqual((started["listens"], started["launchResult"] > 32), (True, True))
         self.tarn("version")
 
     def test_stop(self):
@@ -538,13 +507,9 @@ class WithoutDaemon(TarnTest):
 
     def with_listener(self, answer, act, *options):
         """Lets something that is no daemon listen; act runs once it has a connection."""
-        with socket.socket() as server:
-            server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-            server.bind(("127.0.0.1", PORT))
-            server.listen()
+        with socket.create_server(("127.0.0.1", PORT)) as server:
             server.settimeout(TIME_LIMIT)
-            client = subprocess.Popen([os.environ["TARN"], "version", *options], stdin=subprocess.DEVNULL,
-                                      stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            client = self.tarn_in_background("version", *options, stdout=subprocess.PIPE)
             try:
                 connection, _ = server.accept()
                 with connection:
@@ -569,16 +534,12 @@ class WithoutDaemon(TarnTest):
 
     def test_a_time_limit_ends_a_call_that_waits(self):
         code, error, output = self.with_listener(b"", lambda client: None, "--timeout", "1", "--json")
-        self.assertEqual(code, 7)
-        self.assertIn("did not answer", error)
-        self.assertIn("did not answer", json.loads(output)["error"])
-        self.assertEqual(json.loads(output)["exitCode"], 7)
+        self.assertEqual((code, json.loads(output)["exitCode"]), (7, 7))
+        for text in (error, json.loads(output)["error"]):
+            self.assertIn("did not answer", text)
 
     def test_a_person_is_told_what_is_waited_for(self):
-        with socket.socket() as server:
-            server.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
-            server.bind(("127.0.0.1", PORT))
-            server.listen()
+        with socket.create_server(("127.0.0.1", PORT)):
             code, shown, unasked = self.at_terminal(["version"], [("(Ctrl-C ends it)\r\n", "\x03")])
         self.assertEqual((code, unasked), (130, []), shown)
 
