@@ -494,7 +494,13 @@ class WithoutDaemon(TarnTest):
         _, error = self.tarn("start", "idle.jar", "--wait", 1, env=environment, code=3)
         self.assertIn("the launch was accepted, but no daemon listens after 1 seconds", error)
         started = self.json("start", self.file("daemon.jar", ""), "--wait", TIME_LIMIT, env=environment)
-        self.addCleanup(self.tarn, "stop")
+
+        def stop():
+            self.tarn("stop")
+            while listens():  # the next test needs the port
+                time.sleep(0.05)
+
+        self.addCleanup(stop)
         self.assertEqual((started["listens"], started["launchResult"] > 32), (True, True))
         self.tarn("version")
 

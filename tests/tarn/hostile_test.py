@@ -26,14 +26,11 @@ def reply(code, status, *parameters):
     return frame(code, ("st", struct.pack(">h", status)), *parameters)
 
 
-VERSION = reply("ST", 0, ("v ", "7.6.1"), ("bn", struct.pack(">i", 7)))
-
-
 class HostileDaemon:
     """Answers each request with the next of the replies for its command, or with what a function returns."""
 
     def __init__(self, **replies):
-        self.replies = {"ST": [VERSION]} | {code: list(many) for code, many in replies.items()}
+        self.replies = {"ST": [reply("ST", 0)]} | {code: list(many) for code, many in replies.items()}
         self.server = socket.create_server(("127.0.0.1", PORT))
         self.server.settimeout(TIME_LIMIT)
         self.thread = threading.Thread(target=self.serve)
@@ -79,10 +76,7 @@ class AgainstAHostileDaemon(TarnTest):
             return self.tarn(*arguments, code=code, user=ALICE, **options)
 
     def assertSafe(self, text):
-        for character in UNSAFE:
-            if character.isprintable():
-                continue
-            self.assertNotIn(character, text)
+        self.assertEqual([character for character in UNSAFE if not character.isprintable() and character in text], [])
 
     def test_texts_larger_than_their_buffers_end_the_process_cleanly(self):
         if b"__asan_init" in Path(os.environ["TARN"]).read_bytes():
@@ -97,9 +91,7 @@ class AgainstAHostileDaemon(TarnTest):
             ("locales",): {"LT": [reply("LT", 0, ("sl", {"de": large}))]},
             ("body", "--locale", "de"): {"LT": [reply("LT", 0, ("tb", {"de": large}))]},
             ("encrypt", "letter.eml", "--from", ALICE, "--to", BOB): {
-                "LS": [reply("LS", 0, ("sl", {"a": "b"}))],
-                "BE": [reply("BE", 0, ("en", "e"), ("tb", "t"), ("th", large), ("an", "a"))]},
-        }
+                "LS": [reply("LS", 0)], "BE": [reply("BE", 0, ("en", "e"), ("tb", "t"), ("th", large), ("an", "a"))]}}
         for arguments, replies in answers.items():
             output, error = self.ask(*arguments, "--json", code=6, replies=replies, preexec_fn=little_address_space)
             self.assertIn("larger than tarn has room for", error)
@@ -115,10 +107,10 @@ class AgainstAHostileDaemon(TarnTest):
             self.assertIn(large, self.ask(*arguments, "--json", replies=replies)[0])
 
     def test_an_oversized_log_is_explained(self):
-        output, error = self.ask("verify", ALICE, "--json", code=6,
-                                 replies={"VC": [reply("VC", 1, ("em", "x" * 40000))]})
-        self.assertIn("operation log", error)
-        self.assertIn("operation log", json.loads(output)["error"])
+        answer = {"VC": [reply("VC", 1, ("em", "x" * 40000))]}
+        output, error = self.ask("verify", ALICE, "--json", code=6, replies=answer)
+        for text in (error, json.loads(output)["error"]):
+            self.assertIn("operation log", text)
 
     def test_what_is_read_with_a_password_does_not_stay_in_memory(self):
         password, unused = "fruitbat-" * 20, "pangolin-" * 20
@@ -149,7 +141,6 @@ class AgainstAHostileDaemon(TarnTest):
             ("login", ALICE): {"LS": [reply("LS", 25, ("lk", UNSAFE), ("em", UNSAFE))]},
         }.items():
             for options in (["--log"], ["--json", "--log"]):
-                replies = {code: list(many) for code, many in replies.items()}
                 code = 1 if arguments[0] in ("verify", "login") else 0
                 output, error = self.ask(*arguments, *options, code=code, replies=replies)
                 self.assertSafe(output + error)
@@ -162,12 +153,10 @@ class AgainstAHostileDaemon(TarnTest):
 
     def test_a_document_is_passed_on_as_it_is_but_not_to_a_terminal(self):
         answer = {"LT": [reply("LT", 0, ("tb", {"en": "one\r\n" + UNSAFE}))]}
-        output, _ = self.ask("body", replies=answer)
-        self.assertIn(UNSAFE, output)
+        self.assertIn(UNSAFE, self.ask("body", replies=answer)[0])
         with HostileDaemon(**answer):
             code, shown, _ = self.at_terminal(["body"], [])
-        self.assertEqual(code, 0)
-        self.assertIn("one\r\n", shown)
+        self.assertEqual((code, "one\r\n" in shown), (0, True), shown)
         self.assertSafe(shown)
 
 
