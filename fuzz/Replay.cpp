@@ -48,24 +48,19 @@ void writeSeeds(const fs::path& directory)
 
 void replay(const std::vector<std::string>& paths)
 {
-    std::size_t files = 0;
+    std::vector<fs::path> files;
     for (const std::string& path : paths) {
         if (fs::is_regular_file(path)) {
-            runFile(path);
-            ++files;
-            continue;
+            files.emplace_back(path);
+        } else if (fs::is_directory(path)) {
+            std::copy(fs::directory_iterator(path), {}, std::back_inserter(files));
         }
-        std::vector<fs::path> found;
-        if (fs::is_directory(path)) {
-            std::copy(fs::directory_iterator(path), {}, std::back_inserter(found));
-        }
-        std::ranges::sort(found);
-        std::ranges::for_each(found, runFile);
-        files += found.size();
     }
+    std::ranges::sort(files);
+    std::ranges::for_each(files, runFile);
     const std::vector<std::string> seeds = seedInputs();
     std::ranges::for_each(seeds, run);
-    std::cout << files << " inputs and " << seeds.size() << " seeds replayed\n";
+    std::cout << files.size() << " inputs and " << seeds.size() << " seeds replayed\n";
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "text/Lists.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 namespace {
@@ -84,8 +85,16 @@ void checkTerminated(std::string_view bytes)
     demand(copy.get() == text, "a copy is the text");
 }
 
-void checkSplitAny(std::string_view text, std::string_view delimiters)
+// Delimiter and text. The first byte of the input says how much of it is the delimiter.
+std::pair<std::string_view, std::string_view> divided(std::string_view input)
 {
+    const std::size_t size = std::min<std::size_t>(1 + (input[0] & 7), input.size() - 1);
+    return {input.substr(1, size), input.substr(1 + size)};
+}
+
+void checkSplitAny(std::string_view input)
+{
+    const auto [delimiters, text] = divided(input);
     const std::vector<std::string> pieces = Text::splitAny(text, delimiters);
     std::size_t at = 0;
     for (const std::string& piece : pieces) {
@@ -98,8 +107,12 @@ void checkSplitAny(std::string_view text, std::string_view delimiters)
     demand(at == text.size() + 1, "nothing is left out");
 }
 
-void checkSplitAtText(std::string_view text, std::string_view delimiter)
+void checkSplitAtText(std::string_view input)
 {
+    const auto [delimiter, text] = divided(input);
+    if (delimiter.empty()) {
+        return;
+    }
     const std::vector<std::string> pieces = Text::splitAtText(text, delimiter);
     if (text.find(delimiter) == std::string_view::npos) {
         demand(pieces.empty(), "a text without the delimiter has no pieces");
@@ -126,34 +139,10 @@ void checkDecimal(std::string_view bytes)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    if (size < 2) {
-        return 0;
-    }
-    const std::string_view text = viewOf(bytes + 1, size - 1);
-    // Of the splitting functions' input the first byte says how much of it is the delimiter.
-    const std::size_t delimiterSize = std::min<std::size_t>(1 + (bytes[1] & 7), text.size() - 1);
-    const std::string_view delimiter = text.substr(1, delimiterSize);
-    const std::string_view rest = text.substr(1 + delimiterSize);
-    switch (bytes[0] % 6) {
-    case 0:
-        checkUtf8(text);
-        break;
-    case 1:
-        checkWide(text);
-        break;
-    case 2:
-        checkTerminated(text);
-        break;
-    case 3:
-        checkDecimal(text);
-        break;
-    case 4:
-        checkSplitAny(rest, delimiter);
-        break;
-    default:
-        if (!delimiter.empty()) {
-            checkSplitAtText(rest, delimiter);
-        }
+    constexpr std::array checks = {checkUtf8,    checkWide,     checkTerminated,
+                                   checkDecimal, checkSplitAny, checkSplitAtText};
+    if (size >= 2) {
+        checks[bytes[0] % checks.size()](viewOf(bytes + 1, size - 1));
     }
     return 0;
 }
@@ -161,17 +150,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 std::vector<std::string> seedInputs()
 {
     using namespace std::string_literals;
-    std::vector<std::string> seeds;
     const std::string utf8 = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x94\x92\xED\xA0\x80\xC0\x80\xF4\x90\x80\x80\xE2\x82"s;
     const std::string utf16 = "\0a\0\xE4\x20\xAC\xD8\x3D\xDD\x12\xD8\x00\0b\xDC\x00"s;
-    for (const char function : {'\0', '\2'}) {
-        seeds.push_back(function + utf8);
-    }
-    seeds.push_back('\1' + utf16);
-    for (const char* number : {" -12", "+9223372036854775808", "-2147483649x"}) {
-        seeds.push_back("\3"s + number);
-    }
-    seeds.push_back("\4\1;,a;b,,c;"s);
-    seeds.push_back("\5\1; a; b; ; c"s);
-    return seeds;
+    return {'\0' + utf8,      '\1' + utf16,    '\2' + utf8,      "\3 -12", "\3+9223372036854775808",
+            "\3-2147483649x", "\4\1;,a;b,,c;", "\5\1; a; b; ; c"};
 }
