@@ -21,27 +21,24 @@ public class ArgumentTests
     [Fact]
     public void Missing()
     {
-        Refused("NullException", "request", () => Client.Encrypt(null));
-        Refused("NullException", "To", () => Client.Encrypt(Message(m => m.To.Add(null))));
-        Refused("NullException", "Bcc", () => Client.Encrypt(Message(m => m.Bcc.Add(null))));
-        Refused("NullException", "From", () => Client.Encrypt(Message(m => m.From = null)));
-        Refused("NullException", "Password", () => Client.Encrypt(Message(m => m.Password = null)));
-        Refused("NullException", "MimeMessage", () => Client.Encrypt(Message(m => m.MimeMessage = null)));
-        Refused("NullException", "request", () => Client.Decrypt(null));
-        Refused("NullException", "Envelope", () => Client.Decrypt(new DecryptRequest()));
-        Refused("NullException", "Password", () =>
-            Client.Decrypt(new DecryptRequest { Envelope = "", Password = null }));
-        Refused("NullException", "emailAddress", () => Client.Authenticate(null, ""));
-        Refused("NullException", "password", () => Client.Authenticate("", null));
-        Refused("NullException", "sender", () => Client.VerifyConfig(null));
-        Refused("NullException", "jarPath", () => Client.StartDaemon(null));
-        Refused("NullException", "recipients", () => Client.GetPayloadStatus("", null));
-        Refused("NullException", "envelope", () => Client.GetRecipients(null));
-        Refused("NullException", "states", () => Client.SetTracking("", "", new RecipientTracking[] { null }));
-        Refused("NullException", "query", () => Client.GetEntries(null));
-        Refused("NullException", "fields", () => Client.SetEntries("", null, true, "", 0));
-        Refused("NullException", "keyServer", () => Client.GetEnrollmentForm("", null));
-        Refused("NullException", "form", () => Client.Enroll(null));
+        foreach (var missing in new (string Parameter, Action Call)[]
+        {
+            ("To", () => Client.Encrypt(Message(m => m.To.Add(null)))),
+            ("Bcc", () => Client.Encrypt(Message(m => m.Bcc.Add(null)))),
+            ("From", () => Client.Encrypt(Message(m => m.From = null))),
+            ("Password", () => Client.Encrypt(Message(m => m.Password = null))),
+            ("MimeMessage", () => Client.Encrypt(Message(m => m.MimeMessage = null))),
+            ("request", () => Client.Encrypt(null)), ("request", () => Client.Decrypt(null)),
+            ("Envelope", () => Client.Decrypt(new DecryptRequest())),
+            ("Password", () => Client.Decrypt(new DecryptRequest { Envelope = "", Password = null })),
+            ("emailAddress", () => Client.Authenticate(null, "")), ("password", () => Client.Authenticate("", null)),
+            ("sender", () => Client.VerifyConfig(null)), ("jarPath", () => Client.StartDaemon(null)),
+            ("recipients", () => Client.GetPayloadStatus("", null)), ("envelope", () => Client.GetRecipients(null)),
+            ("states", () => Client.SetTracking("", "", new RecipientTracking[] { null })),
+            ("query", () => Client.GetEntries(null)), ("fields", () => Client.SetEntries("", null, true, "", 0)),
+            ("keyServer", () => Client.GetEnrollmentForm("", null)), ("form", () => Client.Enroll(null))
+        })
+            Refused("NullException", missing.Parameter, missing.Call);
     }
 
     [Fact]
@@ -57,10 +54,9 @@ public class ArgumentTests
         // These separate the texts of lists.
         Refused("Exception", "Cc", () => Client.Encrypt(Message(m => m.Cc.Add("a;b"))));
         Refused("Exception", "recipients", () => Client.GetPayloadStatus("", new[] { "{plugin_delimiter}" }));
-        Refused("Exception", "states", () => Client.SetTracking("", "", new[] {
-            new RecipientTracking { StatusMessage = "a{plugin_delimiter}b" } }));
-        Refused("Exception", "states", () => Client.SetTracking("", "", new[] {
-            new RecipientTracking { Recipient = "{plugin_delimiter}" } }));
+        foreach (RecipientTracking state in new[] { new RecipientTracking { Recipient = "{plugin_delimiter}" },
+                 new RecipientTracking { StatusMessage = "a{plugin_delimiter}b" } })
+            Refused("Exception", "states", () => Client.SetTracking("", "", new[] { state }));
         Refused("Exception", "statusMessage", () =>
             Client.SetEntries("", new Dictionary<string, string>(), true, "{plugin_delimiter}", 0));
         Refused("Exception", "Questions", () => Client.Enroll(new Enrollment { Questions = { "", "", "", "" } }));

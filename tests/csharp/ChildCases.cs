@@ -102,8 +102,7 @@ public static class ChildCases
         }
         catch (TarnUnavailableException)
         {
-            string mapped = File.ReadAllLines("/proc/self/maps")
-                .First(line => line.Contains("/libTarnRemoteClient.so"));
+            string mapped = File.ReadAllLines("/proc/self/maps").First(line => line.Contains("libTarnRemoteClient.so"));
             Console.WriteLine(mapped.Substring(mapped.IndexOf('/')));
         }
         catch (DllNotFoundException exception)

@@ -12,10 +12,7 @@ namespace Xunit
 
     public interface IClassFixture<T> { }
 
-    public sealed class CollectionBehaviorAttribute : Attribute
-    {
-        public bool DisableTestParallelization { get; set; }
-    }
+    public sealed class CollectionBehaviorAttribute : Attribute { public bool DisableTestParallelization { get; set; } }
 
     public static class Assert
     {

@@ -1,8 +1,6 @@
 using System;
-using System.Collections.Generic;
 using System.Diagnostics;
 using System.IO;
-using System.Linq;
 using System.Reflection;
 using System.Threading.Tasks;
 using Xunit;
@@ -33,25 +31,17 @@ internal static class Program
 }
 
 // A process of its own for what ends or blocks the process that does it.
-internal sealed class Child
+internal static class Child
 {
-    public int ExitCode { get; private set; }
-    public string Output { get; private set; }
-
-    public static Child Run(string childCase, string folder = null, string workingFolder = null,
-        params string[] settings)
+    public static (int ExitCode, string Output) Run(string childCase, string folder = null,
+        string workingFolder = null, params string[] settings)
     {
         string program = typeof(Child).Assembly.Location;
         if (folder != null)
             program = Path.Combine(folder, Path.GetFileName(program));
         var start = new ProcessStartInfo(Type.GetType("Mono.Runtime") == null ? "dotnet" : "mono",
-            $"\"{program}\" {childCase}")
-        {
-            UseShellExecute = false,
-            RedirectStandardOutput = true,
-            RedirectStandardError = true,
-            WorkingDirectory = workingFolder ?? Path.GetTempPath()
-        };
+            $"\"{program}\" {childCase}") { UseShellExecute = false, RedirectStandardOutput = true,
+            RedirectStandardError = true, WorkingDirectory = workingFolder ?? Path.GetTempPath() };
         start.EnvironmentVariables["MONO_DEBUG"] = "no-gdb-backtrace";
         foreach (string setting in settings)
             start.EnvironmentVariables[setting.Split('=')[0]] = setting.Split('=')[1];
@@ -64,7 +54,7 @@ internal sealed class Child
                 process.Kill();
                 throw new TimeoutException(childCase + " does not end; it printed " + output.Result + errors.Result);
             }
-            return new Child { ExitCode = process.ExitCode, Output = output.Result + errors.Result };
+            return (process.ExitCode, output.Result + errors.Result);
         }
     }
 }
