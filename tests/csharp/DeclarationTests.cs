@@ -48,10 +48,8 @@ public class DeclarationTests
             return $"{Types[export.Groups[1].Value]} {name}({string.Join(", ", parameters)})";
         }).ToList();
         var declared = typeof(TarnRemoteClient).GetMethods().Where(IsCdecl).Select(method =>
-        {
-            var parameters = method.GetParameters().Select(parameter => parameter.ParameterType.Name);
-            return $"{method.ReturnType.Name} {method.Name}({string.Join(", ", parameters)})";
-        }).ToList();
+            $"{method.ReturnType.Name} {method.Name}(" +
+            string.Join(", ", method.GetParameters().Select(parameter => parameter.ParameterType.Name)) + ")").ToList();
         Assert.Equal("", string.Join("\n", expected.Except(declared).Concat(declared.Except(expected))));
         Assert.True(expected.Count > 0);
     }

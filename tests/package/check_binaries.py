@@ -29,15 +29,10 @@ def check_version_information(file, name):
         check_equal(f"{name}: {label} version",
                     parts and (parts[1], parts[0], parts[3], parts[2]), tuple(int(part) for part in VERSION.split(".")))
     expected = {
-        "CompanyName": "The Tarn Remote Client developers",
-        "FileDescription": DESCRIPTIONS[file.name],
-        "FileVersion": VERSION,
-        "InternalName": file.stem,
-        "LegalCopyright": "Copyright The Tarn Remote Client developers",
-        "OriginalFilename": file.name,
-        "ProductName": "Tarn Remote Client",
-        "ProductVersion": VERSION,
-    }
+        "CompanyName": "The Tarn Remote Client developers", "FileDescription": DESCRIPTIONS[file.name],
+        "FileVersion": VERSION, "InternalName": file.stem, "OriginalFilename": file.name,
+        "LegalCopyright": "Copyright The Tarn Remote Client developers", "ProductName": "Tarn Remote Client",
+        "ProductVersion": VERSION}
     found = {}
     for key in expected:
         value = re.search(re.escape((key + "\0").encode("utf-16-le")) + rb"(?:\0\0)?((?:[^\0]\0)+)\0\0", data)

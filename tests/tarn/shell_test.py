@@ -13,12 +13,16 @@ from pathlib import Path
 from programs import run_tests
 
 TOOL = Path(__file__).resolve().parents[2] / "tools/tarn"
-TIME_LIMIT = 60
+
+
+def output_of(*command, **options):
+    done = subprocess.run(command, capture_output=True, check=True, encoding="utf-8", timeout=60, **options)
+    assert done.stderr == "", done.stderr
+    return done.stdout
 
 
 def help_of(program, *command):
-    return subprocess.run([os.environ[program], *command, "--help"], capture_output=True, check=True, encoding="utf-8",
-                          timeout=TIME_LIMIT).stdout
+    return output_of(os.environ[program], *command, "--help")
 
 
 def options_in(text):
@@ -36,10 +40,8 @@ class ShellTest(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             (Path(folder) / "a file").touch()
             (Path(folder) / "folder").mkdir()
-            offered = subprocess.run(["bash", "-c", script, TOOL / "completions/tarn.bash", *words], cwd=folder,
-                                     capture_output=True, check=True, encoding="utf-8", timeout=TIME_LIMIT)
-        self.assertEqual(offered.stderr, "")
-        return set(offered.stdout.split("\n")) - {""}
+            offered = output_of("bash", "-c", script, TOOL / "completions/tarn.bash", *words, cwd=folder)
+        return set(offered.split("\n")) - {""}
 
     def test_bash_completes_what_the_help_lists(self):
         tarn, standin = os.environ["TARN"], os.environ["TARN_STANDIN"]
@@ -60,11 +62,9 @@ class ShellTest(unittest.TestCase):
     def test_the_manual_pages_hold_the_help(self):
         pages = {}
         for program in ("TARN", "TARN_STANDIN"):
-            made = subprocess.run([TOOL / "man/help-to-man", os.environ[program], "1.2"], capture_output=True,
-                                  check=True, encoding="utf-8", timeout=TIME_LIMIT,
-                                  env=os.environ | {"SOURCE_DATE_EPOCH": "0"})
-            self.assertEqual(made.stderr, "")
-            pages[program] = made.stdout.replace("\\-", "-")
+            made = output_of(TOOL / "man/help-to-man", os.environ[program], "1.2",
+                             env=os.environ | {"SOURCE_DATE_EPOCH": "0"})
+            pages[program] = made.replace("\\-", "-")
             self.assertIn(" 1970-01-01 ", pages[program].split("\n")[0])
         sections = re.findall(r'^\.SH "?([A-Z ]+)', pages["TARN"], re.MULTILINE)
         self.assertEqual(sections, ["NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "OPTIONS", "EXIT STATUS",
