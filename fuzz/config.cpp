@@ -13,14 +13,9 @@ std::string encoded(std::string text)
 {
     const std::string result = encodeCharCodes(text);
     demand(text.empty(), "encoding takes its text");
+    demand(result.find_first_not_of("-0123456789&") == std::string::npos, "codes are signed numbers with their ends");
+    demand(result.empty() || result.back() == '&', "every code has its end");
     return result;
-}
-
-void checkForm(const std::string& codes)
-{
-    constexpr std::string_view alphabet = "-0123456789&";
-    demand(codes.find_first_not_of(alphabet) == std::string::npos, "codes are signed numbers with their ends");
-    demand(codes.empty() || codes.back() == '&', "every code has its end");
 }
 
 // "key: : " decodes to an empty value, "key: " to nothing at all.
@@ -52,12 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
         return 0;
     }
     const std::string text(viewOf(bytes + 1, size - 1));
-    const bool encodesFirst = (bytes[0] & 1) != 0;
-    const std::string codes = encodesFirst ? encoded(text) : text;
-    if (encodesFirst) {
-        checkForm(codes);
-    }
-    const StringMap map = decodeConfigMap(codes);
+    const StringMap map = decodeConfigMap((bytes[0] & 1) != 0 ? encoded(text) : text);
     demand(decodeConfigMap(encoded(formatConfigMap(map))) == withoutEmptyValues(map),
            "written again, it decodes to the same");
     checkWide(map);

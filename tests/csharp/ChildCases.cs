@@ -57,25 +57,23 @@ public static class ChildCases
     public static void Overrun()
     {
         TarnBuffers.ValueUnits = Environment.SystemPageSize;
-        string fitting = new string('v', Environment.SystemPageSize - "-0".Length - 1);
-        Overrun(client => client.GetVersion(), fitting + "-0", Reply("ST", 0, "v ", fitting),
-            Reply("ST", 0, "v ", fitting + "v"));
+        Overrun("-0".Length, client => client.GetVersion().Split('-')[0], text => Reply("ST", 0, "v ", text));
     }
 
     public static void WideOverrun()
     {
         TarnBuffers.TextUnits = Environment.SystemPageSize;
-        string fitting = new string('v', Environment.SystemPageSize - "k: ; ".Length - 1);
-        Overrun(client => client.GetLocales()["k"], fitting, Reply("LT", 0, "sl", List("k", fitting)),
-            Reply("LT", 0, "sl", List("k", fitting + "v")));
+        Overrun("k: ; ".Length, client => client.GetLocales()["k"], text => Reply("LT", 0, "sl", List("k", text)));
     }
 
-    private static void Overrun(Func<TarnClient, string> call, string expected, byte[] fitting, byte[] larger)
+    // A text that fills the buffer with what is around it, and then one that is a unit longer.
+    private static void Overrun(int around, Func<TarnClient, string> call, Func<string, byte[]> reply)
     {
         var daemon = new ScriptedDaemon();
-        daemon.Answer(fitting);
-        Console.WriteLine(call(daemon.Client) == expected ? "fits" : "does not fit");
-        daemon.Answer(larger);
+        string fitting = new string('v', Environment.SystemPageSize - around - 1);
+        daemon.Answer(reply(fitting));
+        Console.WriteLine(call(daemon.Client) == fitting ? "fits" : "does not fit");
+        daemon.Answer(reply(fitting + "v"));
         call(daemon.Client);
         Console.WriteLine("survived");
     }

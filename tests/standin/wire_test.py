@@ -65,6 +65,13 @@ class DaemonTest(unittest.TestCase):
         self.addCleanup(client.socket.close)
         return client
 
+    def expect_closed(self, sent, failure=(EOFError, ConnectionError)):
+        client = self.client()
+        with self.assertRaises(failure):
+            client.socket.sendall(sent)
+            client.receive(1)
+        client.socket.close()
+
     def expect_error(self, text, count=1):
         """Waits until the daemon has complained with the text, count times in all."""
         while self.errors.count(text.encode()) < count:
@@ -107,9 +114,7 @@ class Frames(DaemonTest):
             (frame("LS", ("to", "a"), ("ky", ""), ("to", "b")), "byte 17: parameter 'to' given twice")]
         for sent, complaint in cases:
             with self.subTest(complaint):
-                bad = self.client()
-                bad.socket.sendall(sent)
-                self.assertRaises((EOFError, ConnectionError), bad.receive, 1)
+                self.expect_closed(sent)
                 self.expect_error(complaint)
                 self.assertEqual(other.call("ST")[0], 0)
         lost = self.client()
@@ -217,9 +222,7 @@ class Connections(DaemonTest):
     def test_silent_ones_are_reset(self):
         self.start("--idle", "1")
         for sent in (b"", frame("ST")[:5]):
-            silent = self.client()
-            silent.socket.sendall(sent)
-            self.assertRaises(ConnectionResetError, silent.receive, 1)
+            self.expect_closed(sent, ConnectionResetError)
         self.expect_error("nothing came for 1 seconds", 2)
         self.assertEqual(self.client().call("ST")[0], 0)
 
@@ -228,9 +231,7 @@ class Connections(DaemonTest):
         others = [self.client() for _ in range(63)]
         self.assertEqual(others[-1].done("ST")["ca"], encode(64))
         for _ in range(200):
-            refused = self.client()
-            self.assertRaises((EOFError, ConnectionError), refused.receive, 1)
-            refused.socket.close()
+            self.expect_closed(b"")
         self.expect_error("refused")
         self.assertEqual(first.call("ST")[0], 0)
         self.assertLess(self.errors.count(b"\n"), 100)

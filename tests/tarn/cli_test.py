@@ -224,8 +224,7 @@ class WithDaemon(TarnTest):
         parts = self.folder / "parts"
         parts.mkdir()
         (parts / "taken.bin").symlink_to("target")  # a dangling link counts as a file as well
-        _, error = self.tarn(*arguments, user=BOB, code=4)
-        self.assertIn("taken.bin exists already", error)
+        self.assertIn("taken.bin exists already", self.tarn(*arguments, user=BOB, code=4)[1])
         self.assertEqual([path.name for path in parts.iterdir()], ["taken.bin"])
         self.tarn(*arguments, "--force", user=BOB)
         self.assertEqual((parts / "taken.bin").read_bytes(), b"new")
@@ -248,9 +247,8 @@ class WithDaemon(TarnTest):
                              preexec_fn=small_files_only, restore_signals=False)
         self.assertIn("large.bin cannot be written", error)
         self.assertFalse((self.folder / "parts").exists())
-        _, error = self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out", "/dev/full", user=ALICE,
-                             code=4)
-        self.assertIn("No space left", error)
+        self.assertIn("No space left", self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out",
+                                                 "/dev/full", user=ALICE, code=4)[1])
         with open("/dev/full", "w") as full, self.tarn_in_background("version", stdout=full) as client:
             self.assertIn(b"No space left", client.communicate(timeout=TIME_LIMIT)[1])
         self.assertEqual(client.returncode, 4)
@@ -378,8 +376,7 @@ class WithDaemon(TarnTest):
                    for start in range(total)]
         self.assertEqual(records[0]["messageId"], last)
         self.assertEqual(len({(record["messageId"], record["recipient"]) for record in records}), total)
-        dates = [record["createDate"] for record in records]
-        self.assertEqual(dates, sorted(dates, reverse=True))
+        self.assertEqual(records, sorted(records, key=lambda record: -record["createDate"]))
         by_name = self.json("sent", ALICE, "--sort", "to", "--ascending", "--max", total, user=ALICE)["records"]
         self.assertEqual(by_name, sorted(by_name, key=lambda record: record["recipient"]))
         self.assertRegex(records[0]["created"], r"^20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z$")
@@ -489,17 +486,13 @@ class WithoutDaemon(TarnTest):
         with socket.create_server(("127.0.0.1", PORT)) as server:
             server.settimeout(TIME_LIMIT)
             client = self.tarn_in_background("version", *options, stdout=subprocess.PIPE)
-            try:
-                connection, _ = server.accept()
-                with connection:
-                    connection.sendall(answer)
-                    act(client)
-                    output, error = client.communicate(timeout=TIME_LIMIT)
-                    return client.returncode, error.decode(), output.decode()
-            finally:
-                if client.poll() is None:
-                    client.kill()
-                client.communicate()
+            self.addCleanup(client.kill)
+            connection, _ = server.accept()
+            with connection:
+                connection.sendall(answer)
+                act(client)
+                output, error = client.communicate(timeout=TIME_LIMIT)
+        return client.returncode, error.decode(), output.decode()
 
     def test_interrupt_while_the_daemon_is_silent(self):
         def interrupt(client):

@@ -93,9 +93,8 @@ class AgainstAHostileDaemon(TarnTest):
             ("encrypt", "letter.eml", "--from", ALICE, "--to", BOB): {
                 "LS": [reply("LS", 0)], "BE": [reply("BE", 0, ("en", "e"), ("tb", "t"), ("th", large), ("an", "a"))]}}
         for arguments, replies in answers.items():
-            output, error = self.ask(*arguments, "--json", code=6, replies=replies, preexec_fn=little_address_space)
+            error = self.ask(*arguments, "--json", code=6, replies=replies, preexec_fn=little_address_space)[1]
             self.assertIn("larger than tarn has room for", error)
-            self.assertEqual(json.loads(output)["exitCode"], 6)
         # A daemon may quote the message in HTML, with six characters for each.
         self.file("quotes.eml", "Subject: " + '"' * 400_000 + "\n\n")
         quoted = "&quot;" * 400_000
