@@ -457,8 +457,7 @@ class Decryption(DaemonTest):
         self.assertEqual(len(key), 32)
         self.expect(client, "DE", (6, {"en": envelope, "to": BOB}), (0, {"en": envelope, "to": BOB, "sk": key}),
                     (0, {"en": envelope, "sk": key}), (200, {"en": envelope, "to": CAROL, "sk": key}),
-                    (200, {"en": client.encrypt(BOB), "to": BOB, "sk": key}),
-                    (2, {"en": envelope, "ky": "wrong"}))
+                    (200, {"en": client.encrypt(BOB), "to": BOB, "sk": key}), (2, {"en": envelope, "ky": "wrong"}))
         client.set(envelope, BOB, True)
         self.assertEqual(client.decrypt(envelope, BOB, "", sk=key)[0], 21)
         self.assertEqual(client.done("DE", en=envelope, ky=SECRET[CAROL])["em"], b"opened for carol@example.com")
