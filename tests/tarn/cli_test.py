@@ -444,6 +444,10 @@ class WithDaemon(TarnTest):
             self.assertLessEqual({"exitCode", "status", "error", "message"}, set(outcome))
             self.assertEqual(outcome["exitCode"], code)
             self.assertEqual([outcome["error"] is None, outcome["status"] == 0], [code == 0] * 2)
+        nowhere = 'mkdir gone; cd gone; rmdir "$PWD"; exec "$0" --json verify "$1" --config relative'
+        ended = subprocess.run(["sh", "-c", nowhere, os.environ["TARN"], ALICE], cwd=self.folder, stdout=subprocess.PIPE,
+                               stderr=subprocess.DEVNULL, timeout=TIME_LIMIT)
+        self.assertEqual(json.loads(ended.stdout)["exitCode"], 4)
         whole, _ = self.tarn("encrypt", "letter.eml", "--from", ALICE, "--to", BOB, "--out", "-", user=ALICE)
         self.assertEqual(self.json("recipients", "-", text=whole)["recipients"], [BOB])
 
