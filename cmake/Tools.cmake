@@ -1,5 +1,5 @@
-# Adds the tools, the stand-in daemon only where there is Python: always with TARN_TOOLS=ON, and with AUTO when the packages that they need are there, so that the library
-# alone can be built without any.
+# Adds the tools: always with TARN_TOOLS=ON, and with AUTO when the packages that they need are there, so that the
+# library alone can be built without any. The stand-in daemon is added only where there is Python.
 set(TARN_TOOLS AUTO CACHE STRING "Build the command-line client and the stand-in daemon: ON, OFF or AUTO")
 
 set(build_tools "${TARN_TOOLS}")

@@ -48,7 +48,7 @@ private:
 // Addresses with ";" between them, which no address may hold.
 std::string addressList(const std::vector<std::string>& addresses);
 
-// Refuses a text that the library would later return within a list, and that would there look like two.
+// Returns the text, but refuses one that the library would later return within a list, where it would look like two.
 const std::string& refuseListDelimiter(const std::string& text);
 
 } // namespace tarn::detail
