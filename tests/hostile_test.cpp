@@ -17,7 +17,7 @@ using wire::framed;
 using wire::int32;
 using namespace std::string_literals;
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TARN_SANITIZED
 // The sanitizer keeps a record of each block, an eighth of its size, which would take most of the time here. So it
 // refuses the largest ones: that, too, must end in a failed call.
 extern "C" [[gnu::visibility("default")]] const char* __asan_default_options()
@@ -156,7 +156,7 @@ TEST_F(Hostile, AClaimOfTwoGigabytesTouchesNone)
     const std::size_t spaceBefore = memory("VmPeak");
     const bool waited = expectFailure(replyCaseOf("GetTarnVersion"), "\0\7STv "s + int32(INT32_MAX) + "7.6");
     EXPECT_LT(memory("VmHWM") - before, 1u << 20);
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TARN_SANITIZED
     EXPECT_FALSE(waited) << "the block is refused";
     static_cast<void>(spaceBefore);
 #else

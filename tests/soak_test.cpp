@@ -9,7 +9,7 @@
 #include <cmath>
 #include <map>
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TARN_SANITIZED
 // gcc's sanitizer has it, but not the header that declares it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #else
@@ -23,7 +23,7 @@ constexpr std::size_t calls = 100'000;
 // What the program has allocated and not freed.
 std::size_t bytesInUse()
 {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TARN_SANITIZED
     return __sanitizer_get_current_allocated_bytes();
 #else
     const auto info = mallinfo2();

@@ -93,7 +93,7 @@ TEST(CppBuffer, LessAddressSpaceGivesSmallerBuffers)
     if constexpr (sizeof(void*) == 8) {
         EXPECT_GT(size(OutputText<char>(room::value)), INT32_MAX);
     }
-#ifndef __SANITIZE_ADDRESS__ // its own memory would not fit
+#ifndef TARN_SANITIZED // its own memory would not fit
     const rlimit limit{std::size_t{1} << 30, RLIM_INFINITY};
     ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
     OutputText<char> text(room::text);

@@ -8,7 +8,7 @@
 using namespace tarn;
 
 // AddressSanitizer has its heap elsewhere.
-#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__linux__) && !defined(TARN_SANITIZED)
 namespace {
 
 constexpr std::size_t length = 80;

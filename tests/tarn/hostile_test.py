@@ -64,7 +64,7 @@ def memory_of(pid):
         for line in maps:
             addresses, rights = line.split()[:2]
             start, end = (int(address, 16) for address in addresses.split("-"))
-            if rights.startswith("rw") and end - start < 1 << 30:  # not the room that is kept for texts
+            if rights.startswith("rw") and end - start < 64 << 20:  # not the room that is kept for texts
                 memory.seek(start)
                 content += memory.read(end - start)
     return content
