@@ -513,21 +513,21 @@ class Tracking(DaemonTest):
         reply = client.done("SI", ky=SECRET[ALICE], ri={"msgId": number, "FLAGS": "0"}, sm="x")
         self.assertEqual(reply["em"], b"2 records changed")
 
-    def test_ten_thousand_records_sorted_and_paged(self):
+    def test_a_thousand_records_sorted_and_paged(self):
         client = self.start()
-        names = [f"r{i:05d}@example.org" for i in range(10000)]
+        names = [f"r{i:04d}@example.org" for i in range(1000)]
         for start in range(0, len(names), 200):
             client.encrypt(*names[start:start + 200])
         client.encrypt(BOB, sender=CAROL)
 
         def page(start, size, ascending, sort="to"):
             reply = client.done("MI", fm=ALICE, ky=SECRET[ALICE], sf=sort, as_=ascending, si=start, mx=size)
-            self.assertEqual((reply["si"], reply["mx"]), (encode(start), encode(10000)))
+            self.assertEqual((reply["si"], reply["mx"]), (encode(start), encode(1000)))
             return [record["to"] for record in records(reply)]
 
         for asked, expected in (
-                ((0, -1, True), names), ((0, 3, False), names[:-4:-1]), ((9998, 50, True), names[9998:]),
-                ((20000, 5, True), []), ((0, 0, True), []), ((10, 2, True, "numTries"), names[10:12])):
+                ((0, -1, True), names), ((0, 3, False), names[:-4:-1]), ((998, 50, True), names[998:]),
+                ((2000, 5, True), []), ((0, 0, True), []), ((10, 2, True, "numTries"), names[10:12])):
             self.assertEqual(page(*asked), expected)
 
 

@@ -1,5 +1,5 @@
 """Tests of the Wireshark dissector with tshark, over a live capture of the story and over crafted ones. Needs the right
-to capture on the loopback interface, and port 53007. TARN_STANDIN and STORY_TEST name the binaries."""
+to capture on the loopback interface, and port 53007. TARN_STANDIN and EXPORT_TESTS name the binaries."""
 
 import os
 import pathlib
@@ -73,8 +73,8 @@ class Live(DissectorTest):
             # It names the file when it has begun to capture.
             while not (line := dumpcap.stderr.readline()).startswith("File:"):
                 assert line, "dumpcap does not capture"
-            subprocess.run([ROOT / "tests/story/run", os.environ["TARN_STANDIN"], os.environ["STORY_TEST"]],
-                           timeout=LIMIT, check=True, stdout=subprocess.DEVNULL)
+            subprocess.run([ROOT / "tests/story/run", os.environ["TARN_STANDIN"], os.environ["EXPORT_TESTS"],
+                            "--gtest_filter=Story.*"], timeout=LIMIT, check=True, stdout=subprocess.DEVNULL)
             # Once a last datagram is in the file, all before it are.
             last = os.urandom(16)
             with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as end:
