@@ -118,21 +118,37 @@ namespace {
 thread_local std::size_t successesLeft = SIZE_MAX;
 thread_local int blocks = 0;
 
+bool fails()
+{
+    return successesLeft != SIZE_MAX && successesLeft-- == 0;
+}
+
 } // namespace
 
 // The linker gives this program's objects these in the place of the system's.
 extern "C" {
 void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* block, std::size_t size);
 void __real_free(void* block);
 
 void* __wrap_malloc(std::size_t size)
 {
-    if (successesLeft != SIZE_MAX && successesLeft-- == 0) {
+    if (fails()) {
         return nullptr;
     }
     ++blocks;
     return __real_malloc(size);
+}
+
+// What the compiler makes of a malloc that is followed by zeros.
+void* __wrap_calloc(std::size_t count, std::size_t size)
+{
+    if (fails()) {
+        return nullptr;
+    }
+    ++blocks;
+    return __real_calloc(count, size);
 }
 
 void* __wrap_realloc(void* block, std::size_t size)
