@@ -118,9 +118,14 @@ namespace {
 thread_local std::size_t successesLeft = SIZE_MAX;
 thread_local int blocks = 0;
 
-bool fails()
+template <class Allocate>
+void* counted(Allocate allocate)
 {
-    return successesLeft != SIZE_MAX && successesLeft-- == 0;
+    if (successesLeft != SIZE_MAX && successesLeft-- == 0) {
+        return nullptr;
+    }
+    ++blocks;
+    return allocate();
 }
 
 } // namespace
@@ -134,21 +139,13 @@ void __real_free(void* block);
 
 void* __wrap_malloc(std::size_t size)
 {
-    if (fails()) {
-        return nullptr;
-    }
-    ++blocks;
-    return __real_malloc(size);
+    return counted([&] { return __real_malloc(size); });
 }
 
 // What the compiler makes of a malloc that is followed by zeros.
 void* __wrap_calloc(std::size_t count, std::size_t size)
 {
-    if (fails()) {
-        return nullptr;
-    }
-    ++blocks;
-    return __real_calloc(count, size);
+    return counted([&] { return __real_calloc(count, size); });
 }
 
 void* __wrap_realloc(void* block, std::size_t size)
