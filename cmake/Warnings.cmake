@@ -8,8 +8,4 @@ function(tarn_warnings target)
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wformat=2
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Woverloaded-virtual;-Wold-style-cast>
     $<$<BOOL:${TARN_WERROR}>:-Werror>)
-  # With the sanitizers' code in between, gcc sees uninitialized values in its own headers.
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_FLAGS MATCHES sanitize)
-    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
-  endif()
 endfunction()
