@@ -63,29 +63,38 @@ public sealed class ScriptedDaemon : IDisposable
     // Values are texts, bytes or numbers as wide as their type.
     public static byte[] Reply(string code, short status, params object[] tagsAndValues)
     {
-        byte[] body = new byte[] { 0, 7 }.Concat(Encode(code))
-            .Concat(Parameters("st", status, "em", Text)).Concat(Parameters(tagsAndValues))
-            .Concat(new byte[] { 0xCE, 0xDE }).ToArray();
-        return body.Concat(Encode(Crc(body))).ToArray();
+        byte[] body = Join(new byte[] { 0, 7 }, Encode(code), Parameters("st", status, "em", Text),
+            Parameters(tagsAndValues), new byte[] { 0xCE, 0xDE });
+        return Join(body, Encode(Crc(body)));
     }
 
     public static byte[] Damaged(byte[] reply) =>
         reply.Select((b, i) => i < reply.Length - 1 ? b : (byte)~b).ToArray();
 
     public static byte[] Parameters(params object[] tagsAndValues) =>
-        tagsAndValues.SelectMany((value, i) => i % 2 == 0 ? Encode(value) : List(value)).ToArray();
+        Join(tagsAndValues.Select((value, i) => i % 2 == 0 ? Encode(value) : List(value)).ToArray());
 
     // The form of arrays, and of maps with key and value in turn.
     public static byte[] List(params object[] values) =>
-        values.Select(Encode).SelectMany(value => Encode(value.Length).Concat(value)).ToArray();
+        Join(values.Select(Encode).SelectMany(value => new[] { Encode(value.Length), value }).ToArray());
 
     private static byte[] Encode(object value) => value as byte[] ?? (value is string text
         ? Encoding.UTF8.GetBytes(text)
         : BitConverter.GetBytes(Convert.ToInt64(value)).Take(Marshal.SizeOf(value)).Reverse().ToArray());
 
+    private static byte[] Join(params byte[][] parts)
+    {
+        var joined = new MemoryStream();
+        foreach (byte[] part in parts)
+            joined.Write(part, 0, part.Length);
+        return joined.ToArray();
+    }
+
+    private static readonly uint[] CrcOfByte = Enumerable.Range(0, 256).Select(next => Enumerable.Range(0, 8)
+        .Aggregate((uint)next, (crc, bit) => crc >> 1 ^ (0xEDB88320 & (0 - (crc & 1))))).ToArray();
+
     private static uint Crc(byte[] bytes) =>
-        ~bytes.Aggregate(0xFFFFFFFF, (crc, next) => Enumerable.Range(0, 8).Aggregate(crc ^ next,
-            (register, bit) => register >> 1 ^ (0xEDB88320 & (0 - (register & 1)))));
+        ~bytes.Aggregate(0xFFFFFFFF, (crc, next) => crc >> 8 ^ CrcOfByte[(byte)(crc ^ next)]);
 
     // Each connection lasts until the client stops the daemon.
     private void Serve()
