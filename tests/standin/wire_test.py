@@ -616,8 +616,8 @@ class Store(DaemonTest):
             hashes = {row[0] for row in database.execute("SELECT password FROM accounts")}
         self.assertEqual(len(hashes), len(SECRET))
         for salt, key in (stored.split("$") for stored in hashes):
-            slow = [hashlib.scrypt(password.encode(), salt=bytes.fromhex(salt), n=1 << 14, r=8, p=1, maxmem=1 << 26,
-                                   dklen=16).hex() for password in SECRET.values()]
+            slow = [hashlib.scrypt(password.encode(), salt=bytes.fromhex(salt), n=1 << 12, r=8, p=1, dklen=16).hex()
+                    for password in SECRET.values()]
             self.assertIn(key, slow, "not a hash that is slow to guess")
         self.assertEqual(self.start("--store", path).decrypt(envelope, BOB)[0], 0)
 

@@ -28,13 +28,13 @@ class Account(NamedTuple):
 # With their passwords hashed beforehand: everybody may know them, and hashing would take most of the daemon's start.
 _READY_MADE = [
     ("alice@example.com", "Alice", "en", State.ACTIVE,  # wonderland
-     "e4132d37aa7dc7d89e929d6f65ac6252$0c45a2f0f767b57970aff542f226623f"),
+     "83d43a198d86a5c4e30312b2610e35f5$54d178c75fbdc30f6ea0ee819058435a"),
     ("bob@example.com", "Bob", "de", State.ACTIVE,  # builder
-     "cbf5f2f7f53f7a6fc7b4150a061df940$4ec8df160d0a573054659b7028695d2b"),
+     "4529d7ec43273297226593d8c86b2742$55059655569253c4e60cbe2c54e4c558"),
     ("carol@example.com", "Carol", "fr", State.ACTIVE,  # caravan
-     "bdfdfd5cc141d2d03be7ed4e843d357b$24e5c7dfc1aeda2beebe483031cf14f7"),
+     "8bc4aa1bf5897ec2cc8b196285c632e6$e7c118043a3eed48a05de5651e798283"),
     ("dave@example.com", "Dave", "en", State.DISABLED,  # doorstop
-     "888b0e18c1ff063b3355bca130251025$2f10d25a51c11a32940b6d37b975d2a3"),
+     "ff01b81dc912c72e29f8979bd3aca5b6$ea339fc36fa5d88c6c3a12da5e018285"),
 ]
 
 

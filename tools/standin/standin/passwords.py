@@ -8,9 +8,9 @@ from .wire import to_bytes
 
 
 def hash_password(password: str, salt: str = "") -> str:
-    """Salt and key; 16 MB of memory, and some hundredths of a second."""
+    """Salt and key; 4 MB of memory, and a hundredth of a second or two."""
     salt = salt or random_id()
-    key = hashlib.scrypt(to_bytes(password), salt=bytes.fromhex(salt), n=1 << 14, r=8, p=1, maxmem=1 << 26, dklen=16)
+    key = hashlib.scrypt(to_bytes(password), salt=bytes.fromhex(salt), n=1 << 12, r=8, p=1, dklen=16)
     return f"{salt}${key.hex()}"
 
 

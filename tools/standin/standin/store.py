@@ -12,7 +12,7 @@ StoreError = sqlite3.Error  # unreadable, damaged, locked, or its disk is full
 
 _BUSY_SECONDS = 1
 _APPLICATION_ID = 0x5441524E  # "TARN"
-_VERSION = 4
+_VERSION = 5
 
 # Dates are milliseconds since 1970 UTC, 0 for never.
 _TABLES = """
