@@ -11,13 +11,13 @@
 
 #ifdef TARN_SANITIZED
 #include <sanitizer/allocator_interface.h>
-constexpr std::size_t calls = 10'000; // each takes ten times as long
 #else
 #include <malloc.h>
-constexpr std::size_t calls = 100'000;
 #endif
 
 namespace {
+
+constexpr std::size_t calls = 10'000;
 
 // What the program has allocated and not freed.
 std::size_t bytesInUse()
