@@ -694,6 +694,7 @@ class Lifecycle(DaemonTest):
         client.decrypt(envelope, BOB, "", sk=key)
         client.call("EU", ea="x", pw="hushhush1", pp="passphrase", qa={"securityAnswer1": "Rex"})
         client.call("SD")
+        self.assertRaises(ConnectionRefusedError, self.client)
         self.assertEqual(self.daemon.wait(LIMIT), 0)
         text = self.daemon.stdout.read().decode()
         for secret in (token, key, "hushhush1", "passphrase", "Rex", "\x1b", "\u009b", "\u202e", *SECRET.values()):

@@ -38,6 +38,7 @@ class Server(socketserver.ThreadingTCPServer):
         self._context = context
         self._trace = trace
         self._complained = float("-inf")
+        self._deaf = threading.Event()  # nobody listens any more
         self._changed = threading.Condition()  # guards the connections
         self._connections: dict[socket.socket, Connection] = {}
         address = ("127.0.0.1", context.settings.port)
@@ -54,6 +55,7 @@ class Server(socketserver.ThreadingTCPServer):
         with self:
             while not self._context.stopping.is_set():
                 self.handle_request()
+        self._deaf.set()
         self._end_connections()
 
     def get_request(self) -> tuple[socket.socket, object]:
@@ -113,9 +115,9 @@ class Server(socketserver.ThreadingTCPServer):
         settings, stopping = self._context.settings, self._context.stopping
         reader = RequestReader(connection.read)
         replies = 0
-        while not stopping.is_set():
-            request = reader.next()
-            if request is None or stopping.is_set():
+        while request := reader.next():
+            if stopping.is_set():
+                connection.reset_at_close()
                 return
             self._trace.print(connection.number, "->", request.code, request.parameters)
             if replies == settings.reset_after:
@@ -124,6 +126,8 @@ class Server(socketserver.ThreadingTCPServer):
             replies += 1
             parameters = dispatch(request, self._context).parameters()
             stopping.wait(settings.delay / 1000)
+            if stopping.is_set():
+                self._deaf.wait()  # a client that has been told of the end can rely on it
             self._trace.print(connection.number, "<-", request.code, parameters)
             connection.send(encode_frame(request.code, parameters))
 
