@@ -25,13 +25,14 @@ def pack(target: pathlib.Path) -> None:
     new = target.with_name(target.name + ".new")  # one that runs reads on in the former file
     with new.open("wb") as file:
         file.write(b"#!/usr/bin/env python3\n")
-        with zipfile.ZipFile(file, "w") as archive, tempfile.NamedTemporaryFile() as compiled:
+        with zipfile.ZipFile(file, "w") as archive, tempfile.TemporaryDirectory() as scratch:
+            compiled = pathlib.Path(scratch, "compiled")
             for module in [FOLDER / "__main__.py", *sorted((FOLDER / "standin").glob("*.py"))]:
                 name = module.relative_to(FOLDER).as_posix()
-                py_compile.compile(str(module), compiled.name, name, doraise=True,
+                py_compile.compile(str(module), str(compiled), name, doraise=True,
                                    invalidation_mode=py_compile.PycInvalidationMode.UNCHECKED_HASH)
                 add(archive, name, module)
-                add(archive, name + "c", pathlib.Path(compiled.name))
+                add(archive, name + "c", compiled)
     new.chmod(0o755)
     new.replace(target)
 
