@@ -42,7 +42,6 @@ internal static class Child
         var start = new ProcessStartInfo(Type.GetType("Mono.Runtime") == null ? "dotnet" : "mono",
             $"\"{program}\" {childCase}") { UseShellExecute = false, RedirectStandardOutput = true,
             RedirectStandardError = true, WorkingDirectory = workingFolder ?? Path.GetTempPath() };
-        start.EnvironmentVariables["MONO_DEBUG"] = "no-gdb-backtrace";
         foreach (string setting in settings)
             start.EnvironmentVariables[setting.Split('=')[0]] = setting.Split('=')[1];
         using (Process process = Process.Start(start))
