@@ -4,7 +4,6 @@ namespace Merrow {
 
 void RemoteResponse::readResponse(std::uint16_t expectedCode, CommandInputStream& stream)
 {
-    statusCode = -1;
     const std::uint16_t code = stream.beginReply();
     if (code != expectedCode) {
         stream.fail("Invalid command code: " + std::to_string(code));
