@@ -38,6 +38,7 @@ std::string randomBytes(std::size_t count)
 
 TEST(Crc, EveryWayOnEveryLengthAndAlignment)
 {
+    EXPECT_TRUE(Merrow::updateCrcByVectors(32) == nullptr || Merrow::updateCrcByVectors(16) != nullptr);
     constexpr std::size_t longest = 600;
     const std::string bytes = randomBytes(longest + 33);
     for (std::size_t start = 0; start < 33; ++start) {
