@@ -60,7 +60,7 @@ void checkCollection(const char* code, const char* collection, const std::string
     EXPECT_EQ(failure(int32(0), 4), "no failure") << "one empty item";
     EXPECT_EQ(failure(int32(0), 3), collectionText) << "items longer than the collection";
     EXPECT_EQ(failure(int32(-1), 4), itemText);
-    EXPECT_EQ(failure(int32(5) + "zz" + int32(0), 9), itemText) << "parameters longer than the item";
+    EXPECT_EQ(failureOf<Reply>(withValue(int32(1) + "zz" + int32(0), 5)), itemText + "|6") << "longer than the item";
     EXPECT_EQ(failure(int32(5) + "zz" + int32(0), 1), itemText) << "one byte is enough to begin an item";
     EXPECT_EQ(failure(int32(9) + "zz" + int32(3), 13), "no failure") << "three bytes counted, none consumed";
     EXPECT_EQ(failureOf<Reply>(withValue(int32(9) + "zz" + int32(3) + "abc", 13)), "Unknown parameter: 24930|3")
