@@ -104,6 +104,15 @@ extern "C" int setsockopt(int socket, int level, int name, const void* value, so
     return static_cast<int>(syscall(SYS_setsockopt, socket, level, name, value, size));
 }
 
+// The platform's own function, in whose place another system answers what POSIX never does.
+extern "C" std::int32_t __real__ZN8Platform12launchHiddenEPKcS1_(const char* program, const char* parameters);
+extern "C" std::int32_t __wrap__ZN8Platform12launchHiddenEPKcS1_(const char* program, const char* parameters)
+{
+    Answer answer{};
+    return takeAnswer("launch", answer) ? static_cast<std::int32_t>(answer.count)
+                                        : __real__ZN8Platform12launchHiddenEPKcS1_(program, parameters);
+}
+
 using Options = std::vector<std::pair<int, int>>;
 
 TEST_F(ExportTest, EachPrimitiveWriteIsOneSendOfTheSystemAndTheKernelHoldsThemTogether)
@@ -158,6 +167,8 @@ TEST_F(ExportTest, FailuresOfTheSystemFailTheCallAndAreNamed)
     answers = {{"socket", -1, EMFILE}};
     EXPECT_EQ(GetTarnVersion(version, log), -1);
     EXPECT_EQ(lines(), Lines{failure + std::to_string(EBADF)});
+    answers = {{"launch", 32}};
+    EXPECT_EQ(StartTarnDaemon("", log), 0u) << "33 is the least that succeeds";
     learnVersion();
     answers = {{"recv", -1, ENOBUFS}};
     daemon.play(wire::message("ST"));
